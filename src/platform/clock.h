@@ -1,0 +1,16 @@
+#pragma once
+// Clock, sleep and random numbers for the waits between lock attempts.
+
+namespace platform {
+
+// A monotonic count of microseconds (steady clock), as a double.
+double Microseconds() noexcept;
+
+// Suspends the calling thread for `milliseconds`. It is a plain sleep: it runs no events, so a
+// wait never re-enters the event loop.
+void SleepCurrent(int milliseconds) noexcept;
+
+// A random double from 0 up to, not including, 1, from one generator seeded at first use.
+double Rnd() noexcept;
+
+}  // namespace platform

@@ -1,0 +1,47 @@
+#include "platform/system.h"
+
+#include <filesystem>
+#include <string_view>
+
+#ifdef __APPLE__
+#include <mach-o/dyld.h>
+#endif
+
+namespace platform::System {
+
+namespace {
+std::string& Stored() {
+  static std::string command_line;
+  return command_line;
+}
+}  // namespace
+
+void SetArguments(int argc, const char* const* argv) {
+  std::string joined;
+  for (int i = 0; i < argc; ++i) {
+    if (i > 0) joined.push_back(' ');
+    joined.append(argv[i]);
+  }
+  Stored() = std::move(joined);
+}
+
+const std::string& CommandLine() {
+  return Stored();
+}
+
+std::string ExecutableName() {
+#ifdef __APPLE__
+  char buffer[4096];
+  uint32_t size = sizeof buffer;
+  if (_NSGetExecutablePath(buffer, &size) == 0) {
+    return std::filesystem::path(buffer).filename().string();
+  }
+#else
+  std::error_code error;
+  auto path = std::filesystem::read_symlink("/proc/self/exe", error);
+  if (!error) return path.filename().string();
+#endif
+  return "qem_util";
+}
+
+}  // namespace platform::System

@@ -1,0 +1,18 @@
+#pragma once
+// What the process knows about itself: its command line and its executable's name.
+
+#include <string>
+
+namespace platform::System {
+
+// Records the program's arguments; main calls this once before anything reads the command line.
+void SetArguments(int argc, const char* const* argv);
+
+// The program's arguments joined with single blanks, program path first. Before SetArguments
+// it is empty.
+const std::string& CommandLine();
+
+// The name of the running executable file (its last path component).
+std::string ExecutableName();
+
+}  // namespace platform::System

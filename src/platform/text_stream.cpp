@@ -1,0 +1,99 @@
+#include "platform/text_stream.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/exceptions.h"
+
+namespace platform {
+
+namespace {
+int OpenForAppend(const FolderItem& file) {
+  return ::open(file.NativePath().c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+}
+std::string Describe(const std::string& what, const std::string& path, int error) {
+  return what + " " + path + ": " + std::strerror(error);
+}
+}  // namespace
+
+std::shared_ptr<TextOutputStream> TextOutputStream::Open(const FolderItem& file) {
+  int fd = OpenForAppend(file);
+  if (fd < 0) {
+    int error = errno;
+    throw IOException(Describe("Cannot open", file.NativePath(), error), error);
+  }
+  return std::shared_ptr<TextOutputStream>(new TextOutputStream(fd, file.NativePath()));
+}
+
+std::shared_ptr<TextOutputStream> TextOutputStream::Append(const FolderItem& file) noexcept {
+  int fd = OpenForAppend(file);
+  if (fd < 0) return nullptr;
+  return std::shared_ptr<TextOutputStream>(new TextOutputStream(fd, file.NativePath()));
+}
+
+TextOutputStream::~TextOutputStream() {
+  ::close(fd_);
+}
+
+void TextOutputStream::Write(std::string_view text) {
+  while (!text.empty()) {
+    ssize_t n = ::write(fd_, text.data(), text.size());
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      last_error_ = errno;
+      throw IOException(Describe("Cannot write to", path_, last_error_), last_error_);
+    }
+    text.remove_prefix(static_cast<std::size_t>(n));
+  }
+}
+
+void TextOutputStream::WriteLine(std::string_view text) {
+  std::string line;
+  line.reserve(text.size() + 1);
+  line.append(text);
+  line.push_back('\n');
+  Write(line);
+}
+
+void TextOutputStream::Flush() {
+  if (last_error_ != 0) {
+    throw IOException(Describe("Cannot write to", path_, last_error_), last_error_);
+  }
+}
+
+std::shared_ptr<TextInputStream> TextInputStream::Open(const FolderItem& file) noexcept {
+  int fd = ::open(file.NativePath().c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return nullptr;
+  return std::shared_ptr<TextInputStream>(new TextInputStream(fd, file.NativePath()));
+}
+
+TextInputStream::~TextInputStream() {
+  Close();
+}
+
+std::string TextInputStream::ReadAll() {
+  if (fd_ < 0) throw IOException("Stream is closed: " + path_, EBADF);
+  std::string result;
+  char chunk[65536];
+  for (;;) {
+    ssize_t n = ::read(fd_, chunk, sizeof chunk);
+    if (n == 0) break;
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      int error = errno;
+      throw IOException(Describe("Cannot read", path_, error), error);
+    }
+    result.append(chunk, static_cast<std::size_t>(n));
+  }
+  return result;
+}
+
+void TextInputStream::Close() noexcept {
+  if (fd_ >= 0) ::close(fd_);
+  fd_ = -1;
+}
+
+}  // namespace platform

@@ -1,0 +1,61 @@
+#pragma once
+// Text streams over a file descriptor. Writes go straight to the file with no buffer of our own,
+// so a record written in one Write call reaches the file in one append. The stream closes its
+// file when its last reference goes.
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/folder_item.h"
+
+namespace platform {
+
+class TextOutputStream {
+ public:
+  // Opens the file for appending, creating it if missing (mode 0666 less the umask).
+  // Throws IOException with the errno when that fails.
+  static std::shared_ptr<TextOutputStream> Open(const FolderItem& file);
+  // The same, but gives nil instead of throwing.
+  static std::shared_ptr<TextOutputStream> Append(const FolderItem& file) noexcept;
+
+  ~TextOutputStream();
+  TextOutputStream(const TextOutputStream&) = delete;
+  TextOutputStream& operator=(const TextOutputStream&) = delete;
+
+  // Writes all bytes of text; throws IOException with the errno when the file reports an error.
+  void Write(std::string_view text);
+  // Writes text and the line delimiter "\n" in one append.
+  void WriteLine(std::string_view text);
+  // Nothing is held back in memory, so this only reports a stream that has failed before.
+  void Flush();
+  int LastErrorCode() const noexcept { return last_error_; }
+
+ private:
+  explicit TextOutputStream(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
+  int fd_;
+  std::string path_;
+  int last_error_ = 0;
+};
+
+class TextInputStream {
+ public:
+  // Opens an existing file for reading; nil when it can't be opened.
+  static std::shared_ptr<TextInputStream> Open(const FolderItem& file) noexcept;
+
+  ~TextInputStream();
+  TextInputStream(const TextInputStream&) = delete;
+  TextInputStream& operator=(const TextInputStream&) = delete;
+
+  // Everything from the current place to the end of the file, bytes unchanged.
+  // Throws IOException with the errno on a read error.
+  std::string ReadAll();
+  void Close() noexcept;
+
+ private:
+  explicit TextInputStream(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
+  int fd_;
+  std::string path_;
+};
+
+}  // namespace platform

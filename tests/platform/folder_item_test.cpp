@@ -1,0 +1,45 @@
+#include "platform/folder_item.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/exceptions.h"
+#include "platform/text_stream.h"
+#include "support/temp_env.h"
+
+namespace {
+
+class FolderItemTest : public qem_test::TempEnvTest {};
+
+TEST_F(FolderItemTest, SpecialFoldersFollowTheEnvironment) {
+  EXPECT_EQ(platform::SpecialFolder::Temporary().Path(), tmp());
+  EXPECT_EQ(platform::SpecialFolder::Preferences().Path(), prefs());
+  // Without XDG_CONFIG_HOME the preferences folder is made under HOME with mode 0700.
+  ::unsetenv("XDG_CONFIG_HOME");
+  auto made = platform::SpecialFolder::Preferences();
+  EXPECT_EQ(made.Path(), root() / ".config");
+  struct stat st;
+  ASSERT_EQ(::stat(made.NativePath().c_str(), &st), 0);
+  EXPECT_EQ(st.st_mode & 0777, 0700u);
+}
+
+TEST_F(FolderItemTest, StreamsAppendAndReadBytesUnchanged) {
+  auto file = platform::FolderItem(root()).Child("data");
+  EXPECT_FALSE(file.Exists());
+  EXPECT_EQ(file.OpenAsTextFile(), nullptr);
+  file.AppendToTextFile()->Write(std::string("a\0b", 3));
+  file.AppendToTextFile()->WriteLine("\xC3\xA9");
+  EXPECT_EQ(file.OpenAsTextFile()->ReadAll(), std::string("a\0b\xC3\xA9\n", 6));
+  file.Delete();
+  EXPECT_FALSE(file.Exists());
+}
+
+TEST_F(FolderItemTest, FailuresAreReportedAsTheContractSays) {
+  auto missing = platform::FolderItem(root()).Child("no").Child("file");
+  EXPECT_EQ(missing.AppendToTextFile(), nullptr);
+  EXPECT_THROW(platform::TextOutputStream::Open(missing), platform::IOException);
+  EXPECT_THROW(missing.CreateFolder(), platform::IOException);
+  missing.Delete();  // no word on failure
+}
+
+}  // namespace

@@ -1,0 +1,59 @@
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using platform::Val;
+
+TEST(Text, PlainComparisonIgnoresAsciiCaseOnly) {
+  EXPECT_TRUE(platform::EqualsPlain("TRUE", "true"));
+  EXPECT_TRUE(platform::EqualsPlain("", ""));
+  EXPECT_FALSE(platform::EqualsPlain("true ", "true"));
+  // Bytes above ASCII must match exactly: "É" (C3 89) and "é" (C3 A9) differ.
+  EXPECT_FALSE(platform::EqualsPlain("\xC3\x89", "\xC3\xA9"));
+}
+
+TEST(Text, TrimRemovesAsciiWhiteSpaceAtBothEnds) {
+  EXPECT_EQ(platform::Trim(" \t\r\n\v\fa b\f\v\n\r\t "), "a b");
+  EXPECT_EQ(platform::Trim("   "), "");
+  EXPECT_EQ(platform::Trim("\xC2\xA0x"), "\xC2\xA0x");  // no-break space is content
+}
+
+TEST(Text, ValReadsTheNumberTheTextStartsWith) {
+  struct Case {
+    const char* text;
+    double expected;
+  } cases[] = {
+      {"12", 12},   {" 12 ", 12},  {"-3", -3},          {"+4", 4},      {"1.5", 1.5},
+      {".5", 0.5},  {"5.", 5},     {"1e3", 1000},       {"2E-2", 0.02}, {"1e", 1},
+      {"1e+", 1},   {"12abc", 12}, {"abc", 0},          {"", 0},        {"-", 0},
+      {".", 0},     {"&hFF", 255}, {"&Hff", 255},       {"&h1g", 1},    {"&h", 0},
+      {"&o17", 15}, {"&b101", 5},  {"&b102", 2},        {"&x1", 0},     {"\n\t7", 7},
+      {"1,5", 1},   {"0x10", 0},   {"1e400", HUGE_VAL},
+  };
+  for (const auto& c : cases) EXPECT_DOUBLE_EQ(Val(c.text), c.expected) << '"' << c.text << '"';
+}
+
+TEST(Text, StrPadsIntegersToTheFormatWidth) {
+  EXPECT_EQ(platform::Str(7, "00"), "07");
+  EXPECT_EQ(platform::Str(42, "00"), "42");
+  EXPECT_EQ(platform::Str(123, "00"), "123");
+  EXPECT_EQ(platform::Str(42, "000000000"), "000000042");
+  EXPECT_EQ(platform::Str(12345, "0"), "12345");
+  EXPECT_EQ(platform::Str(-5, "00"), "-05");
+  EXPECT_EQ(platform::Str(INT64_MIN, ""), "-9223372036854775808");
+}
+
+TEST(Text, StrOfADoubleIsTheShortestTextThatReadsBack) {
+  EXPECT_EQ(platform::Str(1.0), "1");
+  EXPECT_EQ(platform::Str(1.5), "1.5");
+  EXPECT_EQ(platform::Str(-0.1), "-0.1");
+  for (double d : {0.1 + 0.2, 1e300, 5e-324, 123456789.123}) {
+    EXPECT_EQ(Val(platform::Str(d)), d) << platform::Str(d);
+  }
+}
+
+}  // namespace

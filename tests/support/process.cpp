@@ -1,0 +1,96 @@
+#include "support/process.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <thread>
+
+namespace qem_test {
+
+Child& Child::operator=(Child&& other) noexcept {
+  if (this != &other) {
+    this->~Child();
+    pid_ = other.pid_;
+    status_ = other.status_;
+    other.pid_ = -1;
+  }
+  return *this;
+}
+
+Child::~Child() {
+  if (pid_ > 0 && status_ < 0) {
+    ::kill(pid_, SIGKILL);
+    int ignored;
+    ::waitpid(pid_, &ignored, 0);
+  }
+}
+
+static int Decode(int raw) {
+  if (WIFEXITED(raw)) return WEXITSTATUS(raw);
+  if (WIFSIGNALED(raw)) return 128 + WTERMSIG(raw);
+  return -1;
+}
+
+int Child::Wait(std::chrono::milliseconds limit) {
+  if (status_ >= 0 || pid_ <= 0) return status_;
+  auto deadline = std::chrono::steady_clock::now() + limit;
+  for (;;) {
+    int raw = 0;
+    pid_t done = ::waitpid(pid_, &raw, WNOHANG);
+    if (done == pid_) {
+      status_ = Decode(raw);
+      return status_;
+    }
+    if (std::chrono::steady_clock::now() >= deadline) return -1;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+}
+
+bool Child::Running() {
+  return Wait(std::chrono::milliseconds(0)) < 0;
+}
+
+void Child::Kill(int signal_number) {
+  if (pid_ > 0 && status_ < 0) ::kill(pid_, signal_number);
+}
+
+static void Redirect(const std::string& path, int target, int flags) {
+  int fd = ::open(path.c_str(), flags, 0644);
+  if (fd < 0) ::_exit(126);
+  ::dup2(fd, target);
+  ::close(fd);
+}
+
+Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options) {
+  std::vector<char*> args;
+  for (const auto& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
+  args.push_back(nullptr);
+  pid_t pid = ::fork();
+  if (pid < 0) std::abort();
+  if (pid == 0) {
+    Redirect(options.stdin_path.empty() ? "/dev/null" : options.stdin_path, 0, O_RDONLY);
+    if (!options.stdout_path.empty()) {
+      Redirect(options.stdout_path, 1, O_WRONLY | O_CREAT | O_TRUNC);
+    }
+    if (!options.stderr_path.empty()) {
+      Redirect(options.stderr_path, 2, O_WRONLY | O_CREAT | O_TRUNC);
+    }
+    ::execv(args[0], args.data());
+    ::_exit(127);
+  }
+  return Child(pid);
+}
+
+bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+  auto deadline = std::chrono::steady_clock::now() + limit;
+  for (;;) {
+    if (condition()) return true;
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+}  // namespace qem_test

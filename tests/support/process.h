@@ -1,0 +1,47 @@
+#pragma once
+// Real child processes for cross-process tests: fork and exec with the test's environment
+// (so a child sees the test's HOME, XDG_CONFIG_HOME and TMPDIR), wait with a time limit, kill.
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace qem_test {
+
+struct SpawnOptions {
+  std::string stdin_path;   // empty: /dev/null
+  std::string stdout_path;  // empty: inherit
+  std::string stderr_path;  // empty: inherit
+};
+
+class Child {
+ public:
+  Child() = default;
+  explicit Child(pid_t pid) : pid_(pid) {}
+  Child(Child&& other) noexcept : pid_(other.pid_), status_(other.status_) { other.pid_ = -1; }
+  Child& operator=(Child&& other) noexcept;
+  // A child still running when its handle goes is killed and reaped.
+  ~Child();
+
+  pid_t pid() const { return pid_; }
+  // Waits up to `limit` for the child to end. Gives its exit status, 128 + the signal number if
+  // a signal ended it, or -1 if it is still running when the limit is reached.
+  int Wait(std::chrono::milliseconds limit = std::chrono::seconds(60));
+  bool Running();
+  void Kill(int signal_number);
+
+ private:
+  pid_t pid_ = -1;
+  int status_ = -1;
+};
+
+// Starts argv[0] (a path) with the arguments. Aborts the test binary if fork fails.
+Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options = {});
+
+// Polls the condition every 5 ms until it holds or the limit passes; true if it held.
+bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
+
+}  // namespace qem_test
