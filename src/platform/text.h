@@ -33,6 +33,9 @@ double Val(std::string_view text) noexcept;
 // An integer in decimal with at least as many digits as the format has characters ("0", "00",
 // "000000000"); an empty format gives plain decimal. Negative numbers keep their sign in front.
 std::string Str(std::int64_t value, std::string_view format = "");
+inline std::string Str(int value, std::string_view format = "") {
+  return Str(static_cast<std::int64_t>(value), format);
+}
 
 // The shortest text that reads back to the same double (1 -> "1", 1.5 -> "1.5").
 std::string Str(double value);

@@ -1,0 +1,69 @@
+#pragma once
+// lock_file: a held advisory lock on a named, always empty file. The lock is the BSD lock of
+// flock(2) taken with the open in one non-blocking attempt (the lock a peer's O_EXLOCK open
+// respects); it is held for exactly as long as the object lives. Occupied means that somebody
+// holds that lock; the file's existence means nothing, and a file left by a dead holder is free.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "channel/log_file.h"
+#include "platform/folder_item.h"
+
+class lock_file {
+ public:
+  // One attempt at the lock on `file`; never waits. Writes "lock_file.constructor: " and the
+  // path to `log`. Success or failure is read through failed(). Throws NilObjectException on a
+  // nil log.
+  lock_file(const platform::FolderItem& file, std::shared_ptr<log_file> log);
+  // When the lock was obtained: deletes the file while still holding it, then closes it.
+  // A failed attempt touches nothing.
+  virtual ~lock_file();
+  lock_file(const lock_file&) = delete;
+  lock_file& operator=(const lock_file&) = delete;
+
+  virtual bool failed() const { return hdl == -1; }
+  virtual std::string f_name() const { return f.Name(); }
+  virtual std::string nativepath() const { return f.NativePath(); }
+  // The errno of a failed attempt (EWOULDBLOCK when somebody else holds the lock); 0 if held.
+  int error_number() const { return error_; }
+
+  // One attempt: the held lock, or nil for every failure. Never throws for the attempt itself.
+  static std::shared_ptr<lock_file> make(const platform::FolderItem& file,
+                                         std::shared_ptr<log_file> log);
+  // The same on the child `name` of the temporary folder.
+  static std::shared_ptr<lock_file> make(const std::string& name, std::shared_ptr<log_file> log);
+
+  // Blocks the calling thread until the lock is obtained: sleeps 33 to 65 ms before each
+  // attempt, so it takes 33 ms at the least. Never nil. Throws IOException naming the path and
+  // the reason at once when an attempt can never succeed (missing folder, no permission, ...).
+  static std::shared_ptr<lock_file> occupy(const platform::FolderItem& file,
+                                           std::shared_ptr<log_file> log);
+  static std::shared_ptr<lock_file> occupy(const std::string& name, std::shared_ptr<log_file> log);
+
+  // Blocks until somebody else holds the lock: attempts at once, and after each attempt that
+  // obtained (and so released again) the lock sleeps 50 to 149 ms. Returns after the first
+  // attempt when the lock is already held. Throws IOException like occupy.
+  static void await_occupied_by_other(const platform::FolderItem& file,
+                                      std::shared_ptr<log_file> log);
+  static void await_occupied_by_other(const std::string& name, std::shared_ptr<log_file> log);
+
+  // True for errno values that mean "somebody else holds it" rather than "can never succeed".
+  static bool is_contention(int error_number);
+
+ private:
+  // One attempt with a null log: the lock, nil while somebody else holds it; throws IOException
+  // when the attempt can never succeed.
+  static std::shared_ptr<lock_file> attempt(const platform::FolderItem& file);
+  static std::shared_ptr<lock_file> occupy_as(const platform::FolderItem& file,
+                                              const std::string& shown,
+                                              const std::shared_ptr<log_file>& log);
+  static void await_as(const platform::FolderItem& file, const std::string& shown,
+                       const std::shared_ptr<log_file>& log);
+
+  std::shared_ptr<log_file> log;
+  platform::FolderItem f;
+  std::int64_t hdl = -1;
+  int error_ = 0;
+};
