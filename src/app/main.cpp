@@ -1,6 +1,14 @@
+#include "app/app.h"
 #include "platform/system.h"
 
 int main(int argc, char** argv) {
   platform::System::SetArguments(argc, argv);
-  return 0;
+  int status;
+  {
+    // The application, and with it the server and every lock it holds, goes before the process
+    // exits, so held locks are released in order and their files removed.
+    App application(argc, argv);
+    status = application.Run();
+  }
+  return status;
 }

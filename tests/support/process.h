@@ -12,9 +12,9 @@
 namespace qem_test {
 
 struct SpawnOptions {
-  std::string stdin_path;   // empty: /dev/null
-  std::string stdout_path;  // empty: inherit
-  std::string stderr_path;  // empty: inherit
+  std::string stdin_path{};   // empty: /dev/null
+  std::string stdout_path{};  // empty: inherit
+  std::string stderr_path{};  // empty: inherit
 };
 
 class Child {

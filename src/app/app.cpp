@@ -1,0 +1,47 @@
+#include "app/app.h"
+
+#include <cstdio>
+#include <string>
+
+#include "app/misc.h"
+#include "app/names.h"
+#include "platform/text.h"
+
+App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {}
+
+App::~App() = default;
+
+App& app() { return *static_cast<App*>(platform::DesktopApplication::Instance()); }
+
+namespace {
+// One stderr line naming the option, when its value would leave its folder.
+bool Refused(const char* option, const std::string& value, bool is_channel) {
+  auto why = is_channel ? names::channel_id_refusal(value) : names::lock_name_refusal(value);
+  if (!why) return false;
+  std::fprintf(stderr, "qem_util: --%s %s\n", option, why->c_str());
+  return true;
+}
+}  // namespace
+
+void App::Event_Opening() {
+  if (platform::EqualsPlain(misc::cmd_line("test"), "true")) {
+    std::fprintf(stderr, "qem_util: the test console is not part of this build yet\n");
+    platform::Quit(1);
+    return;
+  }
+  std::string stay_alive_key = misc::cmd_line("stay-alive-key");
+  std::string channel = misc::cmd_line("channel");
+  std::string reply_channel = misc::cmd_line("reply-channel");
+  std::string launch_key = misc::cmd_line("launch-key");
+  if (stay_alive_key.empty() || channel.empty() || launch_key.empty()) {
+    platform::Quit(0);
+    return;
+  }
+  if (Refused("stay-alive-key", stay_alive_key, false) || Refused("channel", channel, true) ||
+      Refused("reply-channel", reply_channel, true) || Refused("launch-key", launch_key, false)) {
+    platform::Quit(2);
+    return;
+  }
+  util = std::make_unique<qem_util>(stay_alive_key, channel, reply_channel, launch_key);
+  AllowAutoQuit(false);
+}

@@ -1,0 +1,16 @@
+#include "app/names.h"
+
+namespace names {
+
+std::optional<std::string> refusal(std::string_view name, std::size_t overhead) {
+  if (name.find('/') != std::string_view::npos) return "holds a \"/\"";
+  if (name.find('\0') != std::string_view::npos) return "holds a NUL byte";
+  if (name == "." || name == "..") return "is \"" + std::string(name) + "\"";
+  if (name.size() + overhead > kMaxFileName) {
+    return "is too long (" + std::to_string(name.size()) + " bytes; at most " +
+           std::to_string(kMaxFileName - overhead) + ")";
+  }
+  return std::nullopt;
+}
+
+}  // namespace names

@@ -1,0 +1,76 @@
+#include "platform/run_loop.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include "platform/event_guard.h"
+
+namespace platform {
+
+namespace {
+DesktopApplication* g_instance = nullptr;
+bool g_quit_requested = false;
+int g_quit_status = 0;
+}  // namespace
+
+DesktopApplication::DesktopApplication(int& argc, char** argv)
+    : qt_(std::make_unique<QApplication>(argc, argv)) {
+  g_instance = this;
+}
+
+DesktopApplication::~DesktopApplication() {
+  if (g_instance == this) g_instance = nullptr;
+}
+
+DesktopApplication* DesktopApplication::Instance() noexcept { return g_instance; }
+
+int DesktopApplication::Run() {
+  QTimer::singleShot(0, qt_.get(), [this] {
+    GuardEvent([this] { Event_Opening(); });
+    // A Quit during start-up is seen here as well as by the loop.
+    if (g_quit_requested) QCoreApplication::exit(g_quit_status);
+  });
+  if (!g_quit_requested) QApplication::exec();
+  return g_quit_status;
+}
+
+void DesktopApplication::AllowAutoQuit(bool allow) {
+  QApplication::setQuitOnLastWindowClosed(allow);
+}
+
+void Quit(int status) {
+  g_quit_requested = true;
+  g_quit_status = status;
+  // Before the loop has started this is ignored by Qt; Run then sees the flag instead.
+  if (QCoreApplication::instance()) QCoreApplication::exit(status);
+}
+
+bool QuitRequested() noexcept { return g_quit_requested; }
+
+Timer::Timer() : qt_(std::make_unique<QTimer>()) {
+  QObject::connect(qt_.get(), &QTimer::timeout, [this] {
+    if (mode_ == Single) mode_ = Off;
+    if (action_) GuardEvent([this] { action_(*this); });
+  });
+}
+
+Timer::~Timer() = default;
+
+void Timer::Period(int milliseconds) {
+  period_ = milliseconds;
+  if (mode_ != Off) qt_->start(period_);
+}
+
+void Timer::RunMode(Mode mode) {
+  mode_ = mode;
+  if (mode == Off) {
+    qt_->stop();
+    return;
+  }
+  qt_->setSingleShot(mode == Single);
+  qt_->start(period_);
+}
+
+void Timer::AddActionHandler(std::function<void(Timer&)> handler) { action_ = std::move(handler); }
+
+}  // namespace platform

@@ -1,0 +1,72 @@
+#pragma once
+// The run loop: the application object over Qt, Quit, and Timer. Everything runs on the main
+// thread; timer and window events are delivered one after the other, each through the event
+// guard, and each to its end.
+
+#include <functional>
+#include <memory>
+
+class QApplication;
+class QTimer;
+
+namespace platform {
+
+// The desktop application: owns the Qt application object. A subclass handles Event_Opening,
+// which the loop delivers once, after start-up, through the event guard.
+class DesktopApplication {
+ public:
+  // Makes the Qt application object. Only one may exist.
+  DesktopApplication(int& argc, char** argv);
+  virtual ~DesktopApplication();
+  DesktopApplication(const DesktopApplication&) = delete;
+  DesktopApplication& operator=(const DesktopApplication&) = delete;
+
+  // Runs the loop until Quit; gives the status handed to Quit (0 if the loop ended otherwise).
+  // Returns at once if Quit was called before.
+  int Run();
+
+  // False: the process does not end when its last window closes.
+  void AllowAutoQuit(bool allow);
+
+  virtual void Event_Opening() {}
+
+  // The one instance, or nil when none exists.
+  static DesktopApplication* Instance() noexcept;
+
+ private:
+  std::unique_ptr<QApplication> qt_;
+};
+
+// Asks for an orderly end: records the status and makes the run loop return. Works also before
+// the loop has started; the loop then ends at once. Never blocks.
+void Quit(int status);
+// True once Quit was called.
+bool QuitRequested() noexcept;
+
+// A repeating or one-shot timer on the main thread. Its action runs through the event guard.
+class Timer {
+ public:
+  enum Mode { Off = 0, Single = 1, Multiple = 2 };
+
+  Timer();
+  ~Timer();
+  Timer(const Timer&) = delete;
+  Timer& operator=(const Timer&) = delete;
+
+  // The period in milliseconds.
+  void Period(int milliseconds);
+  int Period() const noexcept { return period_; }
+  // Off stops the timer; Single and Multiple (re)start it with the current period.
+  void RunMode(Mode mode);
+  Mode RunMode() const noexcept { return mode_; }
+  // The handler of the Action event; it receives the timer that fired.
+  void AddActionHandler(std::function<void(Timer&)> handler);
+
+ private:
+  std::unique_ptr<QTimer> qt_;
+  std::function<void(Timer&)> action_;
+  int period_ = 1000;
+  Mode mode_ = Off;
+};
+
+}  // namespace platform

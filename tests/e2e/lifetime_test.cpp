@@ -1,0 +1,120 @@
+// The helper's lifetime, end to end: the real executable against locks held by the test or by
+// another process standing in for the starting application.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "channel/lock_file.h"
+#include "support/process.h"
+#include "support/temp_env.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using qem_test::Child;
+using qem_test::Spawn;
+
+class Lifetime : public qem_test::TempEnvTest {
+ protected:
+  Child StartHelper(std::vector<std::string> args) {
+    args.insert(args.begin(), QEM_UTIL_PATH);
+    return Spawn(args, {.stderr_path = (root() / "stderr.txt").string()});
+  }
+  std::string Stderr() { return qem_test::ReadFile(root() / "stderr.txt"); }
+  // Names of what lies in a folder.
+  static std::vector<std::string> Listing(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+      names.push_back(entry.path().filename().string());
+    }
+    return names;
+  }
+  static bool Occupied(const std::string& name) {
+    return lock_file::make(name, log_file::make_null()) == nullptr;
+  }
+  static std::vector<std::string> ServerArgs() {
+    return {"--stay-alive-key=alive", "--channel=cmd", "--reply-channel=rep",
+            "--launch-key=launched"};
+  }
+};
+
+TEST_F(Lifetime, MissingRequiredOptionsEndAtOnceWithoutTouchingAnyFile) {
+  std::vector<std::vector<std::string>> lines = {
+      {},
+      {"--stay-alive-key=a", "--channel=b"},
+      {"--stay-alive-key=a", "--launch-key=c"},
+      {"--channel=b", "--launch-key=c", "--stay-alive-key="},
+      {"--stay-alive-key=a", "--channel", "--launch-key=c"},
+  };
+  for (const auto& line : lines) {
+    auto helper = StartHelper(line);
+    EXPECT_EQ(helper.Wait(10s), 0);
+    EXPECT_EQ(Stderr(), "");
+  }
+  EXPECT_TRUE(Listing(tmp()).empty());
+  EXPECT_TRUE(Listing(prefs()).empty());
+}
+
+TEST_F(Lifetime, NamesThatLeaveTheirFolderAreRefusedWithOneLineAndStatusTwo) {
+  auto helper = StartHelper({"--stay-alive-key=alive", "--channel=../up", "--launch-key=l"});
+  EXPECT_EQ(helper.Wait(10s), 2);
+  std::string said = Stderr();
+  EXPECT_NE(said.find("--channel"), std::string::npos) << said;
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  auto long_key = StartHelper(
+      {"--stay-alive-key=alive", "--channel=c", "--launch-key=" + std::string(300, 'k')});
+  EXPECT_EQ(long_key.Wait(10s), 2);
+  EXPECT_NE(Stderr().find("--launch-key"), std::string::npos) << Stderr();
+  EXPECT_TRUE(Listing(tmp()).empty());
+  EXPECT_TRUE(Listing(prefs()).empty());
+}
+
+TEST_F(Lifetime, TestModeIsChosenBeforeAnyOtherOptionIsRead) {
+  auto args = ServerArgs();
+  args.push_back("--test=TRUE");
+  auto helper = StartHelper(args);
+  EXPECT_EQ(helper.Wait(10s), 1);
+  EXPECT_NE(Stderr().find("test console"), std::string::npos) << Stderr();
+  EXPECT_FALSE(std::filesystem::exists(tmp() / "launched"));
+}
+
+TEST_F(Lifetime, HelperTakesTheLaunchLockAndQuitsWhenTheStayAliveLockIsLetGo) {
+  auto alive = lock_file::make("alive", log_file::make_null());
+  ASSERT_NE(alive, nullptr);
+  auto args = ServerArgs();
+  args.push_back("--test=false");  // anything but "true" is server mode
+  auto helper = StartHelper(args);
+  EXPECT_TRUE(qem_test::WaitUntil([] { return Occupied("launched"); }, 2s));
+  // Still wanted: it keeps running and keeps the launch lock.
+  EXPECT_EQ(helper.Wait(300ms), -1);
+  EXPECT_TRUE(Occupied("launched"));
+  alive.reset();
+  EXPECT_EQ(helper.Wait(2s), 0);
+  EXPECT_FALSE(Occupied("launched"));
+  EXPECT_FALSE(std::filesystem::exists(tmp() / "launched")) << "launch lock file left behind";
+  EXPECT_EQ(Stderr().find("qem_util:"), std::string::npos) << Stderr();
+}
+
+TEST_F(Lifetime, DeathOfTheStartingApplicationEndsTheHelper) {
+  auto holder = Spawn({LOCK_HOLDER_PATH, "alive"}, {.stdout_path = (root() / "held").string()});
+  ASSERT_TRUE(qem_test::WaitUntil(
+      [&] { return qem_test::ReadFile(root() / "held") == "held\n"; }, 10s));
+  auto helper = StartHelper({"--stay-alive-key=alive", "--channel=cmd", "--launch-key=up"});
+  ASSERT_TRUE(qem_test::WaitUntil([] { return Occupied("up"); }, 2s));
+  holder.Kill(SIGKILL);
+  EXPECT_EQ(holder.Wait(5s), 128 + SIGKILL);
+  EXPECT_EQ(helper.Wait(2s), 0);
+}
+
+TEST_F(Lifetime, StayAliveLockNeverHeldEndsTheHelperOnItsFirstTick) {
+  auto helper = StartHelper({"--stay-alive-key=nobody", "--channel=cmd", "--launch-key=up"});
+  EXPECT_EQ(helper.Wait(2s), 0);
+  EXPECT_TRUE(Listing(tmp()).empty()) << "a lock file was left behind";
+}
+
+}  // namespace
