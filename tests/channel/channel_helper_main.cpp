@@ -1,0 +1,124 @@
+// A small program that the cross-process tests start many times over: it takes locks, counts
+// under them, holds them until it is killed, and sends numbered messages on a channel.
+//
+//   channel_helper lock-count LOCK COUNTER N   N times: take LOCK, add one to COUNTER, let go
+//   channel_helper hold-lock LOCK READY [spawn] take LOCK (and start a sleeping child), write
+//                                               READY (the child's pid, or 0), wait to be killed
+//   channel_helper sleep SECONDS               sleep, then exit 0
+//   channel_helper send ID TAG COUNT PER_OP    send COUNT numbered messages, PER_OP per op
+//   channel_helper hold-entry ID READY         hold a sender op on ID, write READY, wait
+//
+// Exit status 0 on success, 2 on bad usage, 4 and up for a broken promise seen from inside.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "channel/lock_file.h"
+#include "channel/log_file.h"
+#include "channel_messages.h"
+#ifdef QEM_HELPER_WITH_CHANNEL
+#include "channel/many_to_one_sender.h"
+#endif
+
+namespace {
+
+void WriteReady(const std::string& path, const std::string& content) {
+  std::string temp = path + ".part";
+  {
+    std::ofstream out(temp, std::ios::trunc);
+    out << content;
+  }
+  std::rename(temp.c_str(), path.c_str());  // the test never sees a half-written file
+}
+
+std::shared_ptr<lock_file> TakeWithRetry(const platform::FolderItem& file) {
+  for (;;) {
+    auto lock = lock_file::make(file, log_file::make_null());
+    if (lock) return lock;
+    ::usleep(static_cast<useconds_t>(50 + std::rand() % 400));
+  }
+}
+
+int LockCount(const std::string& lock_path, const std::string& counter_path, int rounds) {
+  platform::FolderItem file(lock_path);
+  for (int i = 0; i < rounds; ++i) {
+    auto lock = TakeWithRetry(file);
+    struct stat st;
+    if (::stat(lock_path.c_str(), &st) != 0) return 4;  // a held lock has its file
+    if (st.st_size != 0) return 5;                      // and the file is empty
+    // A deliberately non-atomic read, pause, write: only the lock keeps the count exact.
+    long value = 0;
+    {
+      std::ifstream in(counter_path);
+      in >> value;
+    }
+    ::sched_yield();
+    {
+      std::ofstream out(counter_path, std::ios::trunc);
+      out << value + 1;
+    }
+  }
+  return 0;
+}
+
+int HoldLock(const std::string& lock_path, const std::string& ready, bool spawn, const char* self) {
+  auto lock = TakeWithRetry(platform::FolderItem(lock_path));
+  pid_t child = 0;
+  if (spawn) {
+    child = ::fork();
+    if (child == 0) {
+      ::execl(self, self, "sleep", "60", static_cast<char*>(nullptr));
+      ::_exit(127);
+    }
+  }
+  WriteReady(ready, std::to_string(child));
+  for (;;) ::pause();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::vector<std::string> args(argv + 1, argv + argc);
+  std::srand(static_cast<unsigned>(::getpid()));
+  if (args.size() == 4 && args[0] == "lock-count") {
+    return LockCount(args[1], args[2], std::atoi(args[3].c_str()));
+  }
+  if ((args.size() == 3 || args.size() == 4) && args[0] == "hold-lock") {
+    return HoldLock(args[1], args[2], args.size() == 4, argv[0]);
+  }
+  if (args.size() == 2 && args[0] == "sleep") {
+    ::sleep(static_cast<unsigned>(std::atoi(args[1].c_str())));
+    return 0;
+  }
+#ifdef QEM_HELPER_WITH_CHANNEL
+  if (args.size() == 5 && args[0] == "send") {
+    auto sender = std::make_shared<many_to_one::sender>(args[1], log_file::make_null());
+    int tag = std::atoi(args[2].c_str());
+    int count = std::atoi(args[3].c_str());
+    int per_op = std::atoi(args[4].c_str());
+    for (int i = 0; i < count;) {
+      auto op = sender->op();
+      for (int k = 0; k < per_op && i < count; ++k, ++i) {
+        op->write(qem_test::NumberedMessage(tag, i));
+      }
+    }
+    return 0;
+  }
+  if (args.size() == 3 && args[0] == "hold-entry") {
+    auto sender = std::make_shared<many_to_one::sender>(args[1], log_file::make_null());
+    auto op = sender->op();
+    WriteReady(args[2], "held");
+    for (;;) ::pause();
+  }
+#endif
+  std::fprintf(stderr, "channel_helper: bad usage\n");
+  return 2;
+}
