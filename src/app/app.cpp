@@ -11,7 +11,9 @@ App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {}
 
 App::~App() = default;
 
-App& app() { return *static_cast<App*>(platform::DesktopApplication::Instance()); }
+App& app() {
+  return *static_cast<App*>(platform::DesktopApplication::Instance());
+}
 
 namespace {
 // One stderr line naming the option, when its value would leave its folder.

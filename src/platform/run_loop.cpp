@@ -16,13 +16,17 @@ int g_quit_status = 0;
 DesktopApplication::DesktopApplication(int& argc, char** argv)
     : qt_(std::make_unique<QApplication>(argc, argv)) {
   g_instance = this;
+  g_quit_requested = false;
+  g_quit_status = 0;
 }
 
 DesktopApplication::~DesktopApplication() {
   if (g_instance == this) g_instance = nullptr;
 }
 
-DesktopApplication* DesktopApplication::Instance() noexcept { return g_instance; }
+DesktopApplication* DesktopApplication::Instance() noexcept {
+  return g_instance;
+}
 
 int DesktopApplication::Run() {
   QTimer::singleShot(0, qt_.get(), [this] {
@@ -45,7 +49,9 @@ void Quit(int status) {
   if (QCoreApplication::instance()) QCoreApplication::exit(status);
 }
 
-bool QuitRequested() noexcept { return g_quit_requested; }
+bool QuitRequested() noexcept {
+  return g_quit_requested;
+}
 
 Timer::Timer() : qt_(std::make_unique<QTimer>()) {
   QObject::connect(qt_.get(), &QTimer::timeout, [this] {
@@ -71,6 +77,8 @@ void Timer::RunMode(Mode mode) {
   qt_->start(period_);
 }
 
-void Timer::AddActionHandler(std::function<void(Timer&)> handler) { action_ = std::move(handler); }
+void Timer::AddActionHandler(std::function<void(Timer&)> handler) {
+  action_ = std::move(handler);
+}
 
 }  // namespace platform

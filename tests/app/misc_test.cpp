@@ -53,6 +53,8 @@ TEST(CommandLine, CmdLineReadsTheProgramArgumentsAndKeepsWhatItFound) {
   EXPECT_EQ(misc::cmd_line("launch-key"), "k");
 }
 
-TEST(CommandLine, ProcessIdIsOurs) { EXPECT_EQ(misc::my_process_id(), ::getpid()); }
+TEST(CommandLine, ProcessIdIsOurs) {
+  EXPECT_EQ(misc::my_process_id(), ::getpid());
+}
 
 }  // namespace

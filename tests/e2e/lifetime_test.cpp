@@ -102,8 +102,8 @@ TEST_F(Lifetime, HelperTakesTheLaunchLockAndQuitsWhenTheStayAliveLockIsLetGo) {
 
 TEST_F(Lifetime, DeathOfTheStartingApplicationEndsTheHelper) {
   auto holder = Spawn({LOCK_HOLDER_PATH, "alive"}, {.stdout_path = (root() / "held").string()});
-  ASSERT_TRUE(qem_test::WaitUntil(
-      [&] { return qem_test::ReadFile(root() / "held") == "held\n"; }, 10s));
+  ASSERT_TRUE(
+      qem_test::WaitUntil([&] { return qem_test::ReadFile(root() / "held") == "held\n"; }, 10s));
   auto helper = StartHelper({"--stay-alive-key=alive", "--channel=cmd", "--launch-key=up"});
   ASSERT_TRUE(qem_test::WaitUntil([] { return Occupied("up"); }, 2s));
   holder.Kill(SIGKILL);
