@@ -15,10 +15,6 @@
 
 class JSONExtract {
  public:
-  // Containers nested deeper than this make the constructors throw
-  // platform::RuntimeException("JSON nested too deeply"), so that no text can exhaust the stack.
-  static constexpr int kMaxDepth = 512;
-
   // The child nodes in document order.
   std::vector<std::shared_ptr<JSONExtract>> children;
   // The token that closed this value: "}" or "]" for a container child; "}" on every other node
@@ -40,7 +36,8 @@ class JSONExtract {
   JSONExtract();
 
   // The tree of a text: trims it, splits it and builds from the tokens. Throws
-  // platform::RuntimeException on nesting deeper than kMaxDepth; never reports bad content.
+  // platform::RuntimeException("JSON nested too deeply") when containers nest deeper than 512
+  // levels, so that no text can exhaust the stack; never reports bad content.
   explicit JSONExtract(std::string_view json);
 
   // The tree of a token array. With three tokens or more, the first and the last are taken for

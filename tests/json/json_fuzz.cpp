@@ -1,5 +1,6 @@
 // libFuzzer entry over the JSON reader: any input must end normally or in the depth exception,
-// and the tree must be the one the plain level-by-level scan gives.
+// the tree must be the one the plain level-by-level scan gives, and the dictionary the one the
+// tree gives.
 
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +8,7 @@
 #include <cstring>
 #include <string>
 
+#include "canonical_form.h"
 #include "json/json_extract.h"
 #include "json/tree_dictionary.h"
 #include "naive_tree.h"
@@ -15,9 +17,14 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
   try {
-    JSON::JSONStringToTreeDictionary(text);
+    auto result = JSON::JSONStringToTreeDictionary(text);
     JSONExtract tree(text);
     if (!qem_test::CompareWithNaive(tree).empty()) std::abort();
+    // The direct reading must give exactly what the tree gives.
+    platform::Variant from_tree = tree.as_variant();
+    const std::string want =
+        from_tree.IsDictionary() ? qem_json_dump::CanonicalForm(from_tree) : "{}";
+    if (qem_json_dump::CanonicalForm(result) != want) std::abort();
   } catch (const platform::RuntimeException& e) {
     if (std::strcmp(e.what(), "JSON nested too deeply") != 0) std::abort();
   }

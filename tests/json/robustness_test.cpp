@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 
+#include "canonical_form.h"
 #include "json/json_extract.h"
 #include "json/remove_escapes.h"
 #include "json/tree_dictionary.h"
@@ -36,8 +37,13 @@ TEST(JsonRobustness, RandomTextsGiveTheTreeOfThePlainScanAndNeverFail) {
     JSONExtract tree(text);
     const std::string diff = qem_test::CompareWithNaive(tree);
     ASSERT_EQ(diff, "") << "text: " << text;
+    // The direct reading gives exactly what the tree gives.
     auto result = JSON::JSONStringToTreeDictionary(text);
     ASSERT_TRUE(result) << "text: " << text;
+    platform::Variant from_tree = tree.as_variant();
+    ASSERT_EQ(qem_json_dump::CanonicalForm(result),
+              from_tree.IsDictionary() ? qem_json_dump::CanonicalForm(from_tree) : "{}")
+        << "text: " << text;
     if (result->KeyCount() > 0) ++dictionaries;
 
     // Unescaping never grows the text.
