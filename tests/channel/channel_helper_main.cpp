@@ -23,10 +23,8 @@
 
 #include "channel/lock_file.h"
 #include "channel/log_file.h"
-#include "channel_messages.h"
-#ifdef QEM_HELPER_WITH_CHANNEL
 #include "channel/many_to_one_sender.h"
-#endif
+#include "channel_messages.h"
 
 namespace {
 
@@ -98,7 +96,6 @@ int main(int argc, char** argv) {
     ::sleep(static_cast<unsigned>(std::atoi(args[1].c_str())));
     return 0;
   }
-#ifdef QEM_HELPER_WITH_CHANNEL
   if (args.size() == 5 && args[0] == "send") {
     auto sender = std::make_shared<many_to_one::sender>(args[1], log_file::make_null());
     int tag = std::atoi(args[2].c_str());
@@ -118,7 +115,6 @@ int main(int argc, char** argv) {
     WriteReady(args[2], "held");
     for (;;) ::pause();
   }
-#endif
   std::fprintf(stderr, "channel_helper: bad usage\n");
   return 2;
 }

@@ -1,0 +1,81 @@
+#pragma once
+// The receiving end of a channel. An open receiver holds the receiver lock, which makes it the
+// one receiver of its channel, and keeps in `buffer` what has left the data file but has not
+// been handed out yet. Any process can ask, from the id alone, whether a receiver is open.
+
+#include <memory>
+#include <string>
+
+#include "channel/many_to_one_base.h"
+
+namespace many_to_one {
+
+class receiver_op;
+
+class receiver : public base {
+ public:
+  // Reached through make; stores both and touches no file. Lives in a std::shared_ptr.
+  receiver(std::string id, std::shared_ptr<log_file> log);
+
+  // Opens the receiving end: one attempt at the receiver lock, never waits. Nil when another
+  // receiver holds it (or it can't be had at all). Leaves stale records in the data file.
+  static std::shared_ptr<receiver> make(const std::string& id, std::shared_ptr<log_file> log);
+  // The receiver lock's file "qem.many_to_one.r.<id>" in the preferences folder.
+  static platform::FolderItem make_receiver_mutex(const std::string& id);
+  // True when the receiver lock can't be had, by an attempt that disturbs no holder; the probe
+  // holds a free lock for a moment and deletes its file again. An attempt that can never
+  // succeed counts as occupied here.
+  static bool is_occupied(const std::string& id, std::shared_ptr<log_file> log);
+  // Block until is_occupied gives true (false), testing first and sleeping 33 to 65 ms between
+  // tests; no time limit. Throw IOException at once when the receiver lock can never be had, so
+  // that they never wait for ever on a folder that can't be written.
+  static void await_until_occupied(const std::string& id, std::shared_ptr<log_file> log);
+  static void await_until_not_occupied(const std::string& id, std::shared_ptr<log_file> log);
+
+  virtual platform::FolderItem receiver_mutex() const { return make_receiver_mutex(id()); }
+  virtual bool closed() const { return receiver_lock == nullptr; }
+  // Closes the receiver unless a record waits, in the file or in `buffer`. Blocks for an op.
+  // The receiver lock goes while the entry lock is still held, so no record can slip in between
+  // the test for emptiness and the close. Does nothing on a closed receiver.
+  virtual void close_if_empty();
+  // A new critical section, once the entry lock is held (33 ms at the least); nil when closed.
+  // The op never logs, whatever this receiver's log is.
+  std::shared_ptr<receiver_op> op();
+
+  // Text that has left the data file and not been handed out: whole records, then possibly an
+  // unterminated tail.
+  const std::string& buffer() const { return buffer_; }
+
+ protected:
+  std::shared_ptr<base_op> make_op() override;
+
+ private:
+  friend class receiver_op;
+  static bool probe(const std::string& id, const std::shared_ptr<log_file>& log, bool strict);
+  static void await_state(const std::string& id, const std::shared_ptr<log_file>& log,
+                          bool occupied);
+
+  std::string buffer_;
+  std::shared_ptr<lock_file> receiver_lock;
+};
+
+// One critical section of the receiver. Use: op, one of read, purge or flush_file_to_buffer,
+// drop it at once.
+class receiver_op : public base_op {
+ public:
+  // Enters the critical section with a new null log.
+  explicit receiver_op(std::shared_ptr<receiver> endpoint);
+
+  receiver& sock() const override;
+  // Moves the whole data file onto the end of the receiver's buffer and deletes the file.
+  // Throws NilObjectException or IOException when the file can't be opened or read; the file
+  // and the buffer then stay as they were.
+  virtual void flush_file_to_buffer();
+  // Deletes the data file unread; the buffer is not touched.
+  virtual void purge();
+  // Flushes the file, then hands out the text before the first NUL of the buffer and drops it
+  // and the NUL from the buffer. "" when no whole record waits (and for an empty record).
+  virtual std::string read();
+};
+
+}  // namespace many_to_one

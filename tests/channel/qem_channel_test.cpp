@@ -1,0 +1,143 @@
+// The qem_channel tool as people and scripts use it: two processes round trip, and its exit
+// statuses.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "channel_fixture.h"
+#include "support/process.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+class QemChannelTest : public qem_test::ChannelTest {
+ protected:
+  // Runs the tool to its end; gives its exit status and keeps what it wrote.
+  int Run(std::vector<std::string> args, const std::string& input = "") {
+    args.insert(args.begin(), QEM_CHANNEL_TOOL);
+    qem_test::SpawnOptions options;
+    options.stdout_path = (root() / "out").string();
+    options.stderr_path = (root() / "err").string();
+    if (!input.empty()) {
+      qem_test::WriteFile(root() / "in", input);
+      options.stdin_path = (root() / "in").string();
+    }
+    int status = qem_test::Spawn(args, options).Wait(60s);
+    out = qem_test::ReadFile(root() / "out");
+    err = qem_test::ReadFile(root() / "err");
+    return status;
+  }
+  // Starts a receiver in the background and waits until its lock file is there. The test never
+  // probes the lock while the tool starts: a probe holds a free lock for a moment, and a
+  // receiver that tried in that moment would find the channel taken.
+  qem_test::Child StartReceiver(std::vector<std::string> args) {
+    const std::string id = args.front();
+    args.insert(args.begin(), {QEM_CHANNEL_TOOL, "receive"});
+    qem_test::SpawnOptions options;
+    options.stdout_path = Received().string();
+    auto child = qem_test::Spawn(args, options);
+    EXPECT_TRUE(
+        qem_test::WaitUntil([&] { return std::filesystem::exists(ReceiverLock(id)); }, 30s));
+    return child;
+  }
+  std::filesystem::path Received() const { return root() / "received"; }
+  // Waits until the background receiver has printed `text`, which proves it holds the channel.
+  bool AwaitReceived(const std::string& text) {
+    return qem_test::WaitUntil([&] { return qem_test::ReadFile(Received()) == text; }, 60s);
+  }
+  static int Lines(const std::string& text) {
+    return static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+  }
+  std::string out, err;
+};
+
+TEST_F(QemChannelTest, RoundTripBetweenTwoProcesses) {
+  EXPECT_EQ(Run({"occupied", "ch"}), 1);
+  auto receiving = StartReceiver({"ch", "--count", "3", "--timeout", "60"});
+  const std::string json = "{\"obj_id\":\"p1\", \"text\":\"caf\xC3\xA9\"}";
+  EXPECT_EQ(Run({"send", "ch", json}), 0);
+  ASSERT_TRUE(AwaitReceived(json + "\n"));
+  EXPECT_EQ(Run({"occupied", "ch"}), 0);
+  EXPECT_EQ(Run({"send", "ch"}, "two\nthree\n"), 0);  // one message per line of input
+  EXPECT_EQ(receiving.Wait(60s), 0);
+  EXPECT_EQ(qem_test::ReadFile(Received()), json + "\ntwo\nthree\n");
+  EXPECT_EQ(Run({"occupied", "ch"}), 1);
+}
+
+TEST_F(QemChannelTest, PurgeNulEndingsAndRecordsBeyondTheCountArePutBack) {
+  EXPECT_EQ(Run({"send", "ch", "stale"}), 0);
+  auto receiving = StartReceiver({"ch", "--purge", "-0", "--count", "1", "--timeout", "60"});
+  ASSERT_TRUE(qem_test::WaitUntil([&] { return !std::filesystem::exists(Data("ch")); }, 60s));
+  EXPECT_EQ(Run({"send", "ch"}, "first\nsecond\n\nfourth\n"), 0);
+  EXPECT_EQ(receiving.Wait(60s), 0);
+  EXPECT_EQ(qem_test::ReadFile(Received()), std::string("first\0", 6));
+  // What the tool took beyond its count waits for the next receiver, in order.
+  EXPECT_EQ(Run({"receive", "ch", "--count", "3", "--timeout", "60"}), 0);
+  EXPECT_EQ(out, "second\n\nfourth\n");
+}
+
+TEST_F(QemChannelTest, TimeoutEndsAQuietReceive) {
+  EXPECT_EQ(Run({"receive", "quiet", "--timeout", "0.3"}), 0);
+  EXPECT_EQ(out, "");
+  EXPECT_EQ(Run({"occupied", "quiet"}), 1);
+}
+
+TEST_F(QemChannelTest, SecondReceiverExitsWithThreeAndTheFirstGoesOn) {
+  auto receiving = StartReceiver({"ch", "--count", "2", "--timeout", "60"});
+  EXPECT_EQ(Run({"send", "ch", "x"}), 0);
+  ASSERT_TRUE(AwaitReceived("x\n"));
+  EXPECT_EQ(Run({"receive", "ch", "--timeout", "1"}), 3);
+  EXPECT_EQ(Lines(err), 1);
+  EXPECT_NE(err.find("another receiver"), std::string::npos) << err;
+  EXPECT_EQ(Run({"send", "ch", "y"}), 0);
+  EXPECT_EQ(receiving.Wait(60s), 0);
+  EXPECT_EQ(qem_test::ReadFile(Received()), "x\ny\n");
+}
+
+TEST_F(QemChannelTest, RefusedIdsAndBadUsageExitWithTwoAndOneLine) {
+  const std::vector<std::vector<std::string>> refused = {{"send", "a/b", "x"},
+                                                         {"receive", "..", "--timeout", "1"},
+                                                         {"occupied", "."},
+                                                         {"send", std::string(236, 'i'), "x"}};
+  for (const auto& args : refused) {
+    SCOPED_TRACE(args[1]);
+    EXPECT_EQ(Run(args), 2);
+    EXPECT_EQ(Lines(err), 1);
+    EXPECT_NE(err.find(args[1]), std::string::npos) << err;
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(prefs())) << "a refused id touches no file";
+  EXPECT_EQ(Run({"send", std::string(235, 'i'), "x"}), 0);  // the longest name still fits
+
+  const std::vector<std::vector<std::string>> bad = {{},
+                                                     {"listen", "ch"},
+                                                     {"send"},
+                                                     {"send", "ch", "one", "two"},
+                                                     {"receive", "ch", "--count"},
+                                                     {"receive", "ch", "--count", "0"},
+                                                     {"receive", "ch", "--timeout", "soon"},
+                                                     {"receive", "ch", "--loud"},
+                                                     {"occupied", "ch", "extra"}};
+  for (const auto& args : bad) {
+    SCOPED_TRACE(testing::PrintToString(args));
+    EXPECT_EQ(Run(args), 2);
+    EXPECT_EQ(Lines(err), 1);
+    EXPECT_EQ(out, "");
+  }
+}
+
+TEST_F(QemChannelTest, HelpDocumentsEveryCommandAndOption) {
+  EXPECT_EQ(Run({"--help"}), 0);
+  for (const char* word : {"send ID [TEXT]", "receive ID", "--count N", "--timeout SECONDS",
+                           "--purge", "-0", "occupied ID", "Exit status"}) {
+    EXPECT_NE(out.find(word), std::string::npos) << word;
+  }
+  EXPECT_EQ(err, "");
+}
+
+}  // namespace
