@@ -1,5 +1,5 @@
-// No input may crash or hang the reader, and its tree must be the one the plain level-by-level
-// scan gives.
+// No input may crash or hang the reader, and its tokens and tree must be the ones the plain
+// byte-by-byte split and level-by-level scan give.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include "json/json_extract.h"
 #include "json/remove_escapes.h"
 #include "json/tree_dictionary.h"
-#include "naive_tree.h"
+#include "naive_reader.h"
 #include "platform/exceptions.h"
 
 namespace {
@@ -29,12 +29,15 @@ std::string RandomText(std::mt19937& random) {
   return text;
 }
 
-TEST(JsonRobustness, RandomTextsGiveTheTreeOfThePlainScanAndNeverFail) {
+TEST(JsonRobustness, RandomTextsReadAsThePlainScanReadsThemAndNeverFail) {
   std::mt19937 random(20240611);
   int dictionaries = 0;
   for (int round = 0; round < 30000; ++round) {
     const std::string text = RandomText(random);
     JSONExtract tree(text);
+    ASSERT_EQ(JSON::JSON_Split(std::make_shared<const std::string>(text)).tokens,
+              qem_test::NaiveSplit(text))
+        << "text: " << text;
     const std::string diff = qem_test::CompareWithNaive(tree);
     ASSERT_EQ(diff, "") << "text: " << text;
     // The direct reading gives exactly what the tree gives.

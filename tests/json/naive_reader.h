@@ -1,5 +1,6 @@
 #pragma once
-// The tree scan in its plainest form, for checking the reader's tree against: every level walks
+// The reader's splitter and tree scan in their plainest form, for checking the reader against:
+// the splitter byte by byte with a running count of backslashes; every level of the tree walks
 // its whole range with a nesting count and recurses into each child. Quadratic in the depth and
 // unbounded in recursion, so only for short texts.
 
@@ -12,6 +13,35 @@
 #include "json/json_extract.h"
 
 namespace qem_test {
+
+inline std::vector<std::string_view> NaiveSplit(std::string_view bytes) {
+  std::vector<std::string_view> tokens;
+  std::size_t pending_start = 0;
+  std::size_t backslash_run = 0;
+  bool in_string = false;
+  for (std::size_t index = 0; index < bytes.size(); ++index) {
+    const char c = bytes[index];
+    if (in_string && c == '"' && backslash_run % 2 == 0) {
+      in_string = false;
+      tokens.push_back(bytes.substr(pending_start, index - pending_start + 1));
+      pending_start = index + 1;
+    } else if (!in_string && c == '"') {
+      in_string = true;
+      pending_start = index;
+    } else if (!in_string && std::string_view("{}[]:,").find(c) != std::string_view::npos) {
+      if (pending_start < index) {
+        std::string_view bare = bytes.substr(pending_start, index - pending_start);
+        if (bare.find_first_not_of(" \t\n\r\v\f") != std::string_view::npos) {
+          tokens.push_back(bare);
+        }
+      }
+      tokens.push_back(bytes.substr(index, 1));
+      pending_start = index + 1;
+    }
+    backslash_run = c == '\\' ? backslash_run + 1 : 0;
+  }
+  return tokens;
+}
 
 struct NaiveNode {
   std::int32_t start = 0;
