@@ -59,13 +59,6 @@ TEST_F(SenderTest, OpHoldsTheEntryLockForExactlyItsOwnLife) {
   EXPECT_TRUE(std::filesystem::is_directory(Folder("ch")));  // the folder stays for good
 }
 
-TEST_F(SenderTest, ChannelsWithDifferentIdsShareNothing) {
-  Send("one", "1");
-  Send("two", "2");
-  EXPECT_EQ(qem_test::ReadFile(Data("one")), std::string("1\0", 2));
-  EXPECT_EQ(qem_test::ReadFile(Data("two")), std::string("2\0", 2));
-}
-
 TEST_F(SenderTest, WriteLogsItsStepsAndAtMostAThousandCharactersOfData) {
   auto log_path = root() / "send.log";
   auto sock = MakeSender("ch", std::make_shared<log_file>(FolderItem(log_path)));
