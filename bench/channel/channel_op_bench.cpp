@@ -17,12 +17,12 @@
 #include <string>
 #include <vector>
 
-#include "bench_env.h"
 #include "channel/lock_file.h"
 #include "channel/log_file.h"
 #include "channel/many_to_one_receiver.h"
 #include "channel/many_to_one_sender.h"
 #include "platform/clock.h"
+#include "support/private_folders.h"
 
 namespace {
 
@@ -130,7 +130,7 @@ void Burst(int senders, int per_sender, bool one_per_op) {
 int main(int argc, char** argv) {
   int ops = argc > 1 ? std::atoi(argv[1]) : 200;
   int per_sender = argc > 2 ? std::atoi(argv[2]) : 40;
-  qem_bench::PrivateFolders folders;
+  qem_test::PrivateFolders folders;
   IdleOpCycle(ops);
   std::printf("Burst throughput to one receiver (one op per message on the sending side)\n");
   Burst(1, per_sender, true);

@@ -3,15 +3,15 @@
 
 #include <benchmark/benchmark.h>
 
-#include "bench_env.h"
 #include "channel/lock_file.h"
 #include "channel/log_file.h"
+#include "support/private_folders.h"
 
 namespace {
 
 // A free lock: open and create the file, lock it, check its name, then unlink and close.
 void BM_AttemptOnFreeLockAndRelease(benchmark::State& state) {
-  qem_bench::PrivateFolders folders;
+  qem_test::PrivateFolders folders;
   platform::FolderItem file(folders.root() / "tmp" / "bench.lock");
   auto log = log_file::make_null();
   for (auto _ : state) {
@@ -27,7 +27,7 @@ BENCHMARK(BM_AttemptOnFreeLockAndRelease)
 
 // A held lock: the attempt that fails, as waiters and probes see it.
 void BM_AttemptOnHeldLock(benchmark::State& state) {
-  qem_bench::PrivateFolders folders;
+  qem_test::PrivateFolders folders;
   platform::FolderItem file(folders.root() / "tmp" / "bench.lock");
   auto log = log_file::make_null();
   auto held = lock_file::make(file, log);

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "channel/lock_file.h"
+#include "support/private_folders.h"
 
 namespace {
 
@@ -62,14 +63,9 @@ std::string StatusLine(pid_t pid, const std::string& key) {
 int main(int argc, char** argv) {
   int starts = argc > 1 ? std::atoi(argv[1]) : 20;
   int idle_seconds = argc > 2 ? std::atoi(argv[2]) : 10;
-  std::string pattern = (fs::temp_directory_path() / "qem_bench.XXXXXX").string();
-  if (!::mkdtemp(pattern.data())) return 1;
-  fs::path root = pattern;
-  ::setenv("TMPDIR", root.c_str(), 1);
-  ::setenv("XDG_CONFIG_HOME", root.c_str(), 1);
-  ::setenv("XDG_RUNTIME_DIR", root.c_str(), 1);
+  qem_test::PrivateFolders folders;
   ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-  fs::path launch_file = root / "up";
+  fs::path launch_file = folders.tmp() / "up";
 
   std::vector<double> millis;
   for (int i = 0; i < starts; ++i) {
@@ -103,6 +99,5 @@ int main(int argc, char** argv) {
   alive.reset();
   int status;
   ::waitpid(pid, &status, 0);
-  fs::remove_all(root);
   return 0;
 }
