@@ -5,7 +5,11 @@
 
 namespace platform {
 
-std::size_t Dictionary::FoldedHash::operator()(std::string_view key) const noexcept {
+namespace {
+constexpr std::size_t npos = static_cast<std::size_t>(-1);
+}  // namespace
+
+std::size_t Dictionary::FoldedHash(std::string_view key) noexcept {
   // FNV-1a over the lower-cased bytes, so keys equal under the plain comparison hash alike.
   std::size_t hash = 14695981039346656037ull;
   for (char c : key) {
@@ -15,49 +19,65 @@ std::size_t Dictionary::FoldedHash::operator()(std::string_view key) const noexc
   return hash;
 }
 
-bool Dictionary::FoldedEqual::operator()(std::string_view a, std::string_view b) const noexcept {
-  return EqualsPlain(a, b);
+std::size_t Dictionary::Find(std::string_view key) const {
+  if (index_.empty()) {
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      if (EqualsPlain(entries_[i].first, key)) return i;
+    }
+    return npos;
+  }
+  auto [begin, end] = index_.equal_range(FoldedHash(key));
+  for (auto it = begin; it != end; ++it) {
+    if (EqualsPlain(entries_[it->second].first, key)) return it->second;
+  }
+  return npos;
 }
 
-const Variant* Dictionary::Find(std::string_view key) const {
-  auto it = index_.find(key);
-  return it == index_.end() ? nullptr : &entries_[it->second].second;
+void Dictionary::Index(std::size_t position) {
+  index_.emplace(FoldedHash(entries_[position].first), position);
+}
+
+void Dictionary::Reindex() {
+  index_.clear();
+  if (entries_.size() <= kScanLimit) return;
+  index_.reserve(entries_.size());
+  for (std::size_t i = 0; i < entries_.size(); ++i) Index(i);
 }
 
 bool Dictionary::HasKey(std::string_view key) const {
-  return Find(key) != nullptr;
+  return Find(key) != npos;
 }
 
 const Variant& Dictionary::Value(std::string_view key) const {
-  const Variant* value = Find(key);
-  if (!value) throw KeyNotFoundException("Key not found: " + std::string(key));
-  return *value;
+  std::size_t position = Find(key);
+  if (position == npos) throw KeyNotFoundException("Key not found: " + std::string(key));
+  return entries_[position].second;
 }
 
 void Dictionary::SetValue(std::string_view key, Variant value) {
-  auto it = index_.find(key);
-  if (it != index_.end()) {
-    entries_[it->second].second = std::move(value);
+  std::size_t position = Find(key);
+  if (position != npos) {
+    entries_[position].second = std::move(value);
     return;
   }
-  index_.emplace(std::string(key), entries_.size());
   entries_.emplace_back(std::string(key), std::move(value));
+  if (entries_.size() == kScanLimit + 1) {
+    Reindex();
+  } else if (entries_.size() > kScanLimit) {
+    Index(entries_.size() - 1);
+  }
 }
 
 Variant Dictionary::Lookup(std::string_view key, const Variant& default_value) const {
-  const Variant* value = Find(key);
-  return value ? *value : default_value;
+  std::size_t position = Find(key);
+  return position == npos ? default_value : entries_[position].second;
 }
 
 void Dictionary::Remove(std::string_view key) {
-  auto it = index_.find(key);
-  if (it == index_.end()) throw KeyNotFoundException("Key not found: " + std::string(key));
-  std::size_t position = it->second;
-  index_.erase(it);
+  std::size_t position = Find(key);
+  if (position == npos) throw KeyNotFoundException("Key not found: " + std::string(key));
   entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(position));
-  for (auto& slot : index_) {
-    if (slot.second > position) --slot.second;
-  }
+  Reindex();
 }
 
 }  // namespace platform

@@ -31,18 +31,17 @@ class Dictionary {
   const std::vector<Entry>& Entries() const noexcept { return entries_; }
 
  private:
-  struct FoldedHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view key) const noexcept;
-  };
-  struct FoldedEqual {
-    using is_transparent = void;
-    bool operator()(std::string_view a, std::string_view b) const noexcept;
-  };
-  const Variant* Find(std::string_view key) const;
+  // Up to this many entries a lookup is a plain scan; past it a hash index is kept as well.
+  static constexpr std::size_t kScanLimit = 8;
+  static std::size_t FoldedHash(std::string_view key) noexcept;
+  // The position of the entry under key, or npos.
+  std::size_t Find(std::string_view key) const;
+  void Index(std::size_t position);
+  void Reindex();
 
   std::vector<Entry> entries_;
-  std::unordered_map<std::string, std::size_t, FoldedHash, FoldedEqual> index_;
+  // Folded hash of a key to the position of its entry; empty while the dictionary is small.
+  std::unordered_multimap<std::size_t, std::size_t> index_;
 };
 
 inline std::shared_ptr<Dictionary> NewDictionary() {

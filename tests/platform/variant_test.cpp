@@ -55,16 +55,26 @@ TEST(Dictionary, KeysIgnoreAsciiCaseAndKeepInsertionOrder) {
   EXPECT_THROW(d.Value("missing"), platform::KeyNotFoundException);
 }
 
-TEST(Dictionary, RemoveKeepsTheOthersReachable) {
+TEST(Dictionary, LargeDictionariesFindEveryKeyAndSurviveRemoval) {
+  // Past a handful of entries lookups go through an index; it must agree with the entries as
+  // they are added, replaced and removed, down to a small dictionary again.
   platform::Dictionary d;
-  for (const char* key : {"k0", "k1", "k2", "k3"}) d.SetValue(key, Variant(key));
-  d.Remove("K1");
-  EXPECT_FALSE(d.HasKey("k1"));
-  EXPECT_EQ(d.Value("k2"), Variant("k2"));
-  EXPECT_EQ(d.Value("k3"), Variant("k3"));
-  d.SetValue("k1", 9.0);
-  EXPECT_EQ(d.Entries().back().first, "k1");
-  EXPECT_THROW(d.Remove("k9"), platform::KeyNotFoundException);
+  for (int i = 0; i < 20; ++i) d.SetValue("Key" + std::to_string(i), Variant(i));
+  d.SetValue("KEY3", Variant("three"));
+  ASSERT_EQ(d.KeyCount(), 20u);
+  EXPECT_EQ(d.Value("key3"), Variant("three"));
+  for (int i = 0; i < 20; i += 2) d.Remove("kEy" + std::to_string(i));
+  EXPECT_FALSE(d.HasKey("key0"));
+  EXPECT_THROW(d.Remove("key0"), platform::KeyNotFoundException);
+  for (int i = 1; i < 20; i += 2) {
+    EXPECT_EQ(d.Entries()[i / 2].first, "Key" + std::to_string(i));
+    EXPECT_TRUE(d.HasKey("KEY" + std::to_string(i))) << i;
+  }
+  for (int i = 1; i < 17; i += 2) d.Remove("key" + std::to_string(i));
+  EXPECT_EQ(d.KeyCount(), 2u);
+  EXPECT_EQ(d.Value("key19"), Variant(19));
+  d.SetValue("key17", Variant(true));
+  EXPECT_EQ(d.Entries()[0].second, Variant(true));
 }
 
 }  // namespace
