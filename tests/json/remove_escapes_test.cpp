@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "text_table.h"
+
 #include <string>
 
 namespace {
@@ -16,13 +18,8 @@ std::string Unescape(std::string buffer) {
   return buffer;
 }
 
-struct Case {
-  std::string input;
-  std::string output;
-};
-
-void ExpectUnescapes(const std::vector<Case>& cases) {
-  for (const auto& c : cases) EXPECT_EQ(Unescape(c.input), c.output) << "input: " << c.input;
+void ExpectUnescapes(const std::vector<qem_test::TextCase>& cases) {
+  qem_test::ExpectEach(cases, Unescape);
 }
 
 TEST(RemoveEscapes, EmptyBufferGivesZeroWithoutTouchingThePointer) {

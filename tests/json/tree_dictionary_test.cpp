@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "text_table.h"
+
 #include <string>
 
 #include "canonical_form.h"
@@ -15,13 +17,8 @@ std::string Read(const std::string& json) {
   return qem_json_dump::CanonicalForm(platform::Variant(JSON::JSONStringToTreeDictionary(json)));
 }
 
-struct Case {
-  std::string json;
-  std::string result;
-};
-
-void ExpectReads(const std::vector<Case>& cases) {
-  for (const auto& c : cases) EXPECT_EQ(Read(c.json), c.result) << "input: " << c.json;
+void ExpectReads(const std::vector<qem_test::TextCase>& cases) {
+  qem_test::ExpectEach(cases, Read);
 }
 
 TEST(TreeDictionary, ScalarsGetTheirTypes) {
