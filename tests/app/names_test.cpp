@@ -7,23 +7,32 @@
 namespace {
 
 TEST(Names, NamesThatWouldLeaveTheirFolderAreRefused) {
-  EXPECT_TRUE(names::lock_name_refusal("a/b"));
-  EXPECT_TRUE(names::lock_name_refusal("/abs"));
-  EXPECT_TRUE(names::lock_name_refusal(std::string("a\0b", 3)));
-  EXPECT_TRUE(names::lock_name_refusal("."));
-  EXPECT_TRUE(names::lock_name_refusal(".."));
-  EXPECT_FALSE(names::lock_name_refusal("..."));
-  EXPECT_FALSE(names::lock_name_refusal(".hidden"));
-  EXPECT_FALSE(names::lock_name_refusal("r.name with blanks\xC3\xA9"));
-  EXPECT_FALSE(names::lock_name_refusal(""));
-}
-
-TEST(Names, LengthCountsTheLongestFileNameMadeFromTheName) {
-  EXPECT_FALSE(names::lock_name_refusal(std::string(255, 'x')));
-  EXPECT_TRUE(names::lock_name_refusal(std::string(256, 'x')));
-  // "qem.many_to_one.r." + id and "qem.many_to_one." + id + ".dir" must fit in 255 bytes.
-  EXPECT_FALSE(names::channel_id_refusal(std::string(235, 'x')));
-  EXPECT_TRUE(names::channel_id_refusal(std::string(236, 'x')));
+  const struct {
+    std::string name;
+    bool channel;
+    bool refused;
+  } rows[] = {
+      {"a/b", false, true},
+      {"/abs", false, true},
+      {std::string("a\0b", 3), false, true},
+      {".", false, true},
+      {"..", true, true},
+      {"...", false, false},
+      {".hidden", false, false},
+      {"r.name with blanks\xC3\xA9", false, false},
+      {"", false, false},  // whether empty is allowed is the caller's rule
+      {std::string(255, 'x'), false, false},
+      {std::string(256, 'x'), false, true},
+      // "qem.many_to_one.r." + id and "qem.many_to_one." + id + ".dir" must fit in 255 bytes.
+      {std::string(235, 'x'), true, false},
+      {std::string(236, 'x'), true, true},
+  };
+  for (const auto& row : rows) {
+    auto why =
+        row.channel ? names::channel_id_refusal(row.name) : names::lock_name_refusal(row.name);
+    EXPECT_EQ(why.has_value(), row.refused)
+        << row.name.substr(0, 20) << " (" << row.name.size() << ")";
+  }
   EXPECT_NE(names::channel_id_refusal(std::string(236, 'x'))->find("235"), std::string::npos);
 }
 

@@ -4,9 +4,7 @@
 //   channel_helper lock-count LOCK COUNTER N   N times: take LOCK, add one to COUNTER, let go
 //   channel_helper hold-lock LOCK READY [spawn] take LOCK (and start a sleeping child), write
 //                                               READY (the child's pid, or 0), wait to be killed
-//   channel_helper sleep SECONDS               sleep, then exit 0
 //   channel_helper send ID TAG COUNT PER_OP    send COUNT numbered messages, PER_OP per op
-//   channel_helper hold-entry ID READY         hold a sender op on ID, write READY, wait
 //
 // Exit status 0 on success, 2 on bad usage, 4 and up for a broken promise seen from inside.
 
@@ -67,13 +65,13 @@ int LockCount(const std::string& lock_path, const std::string& counter_path, int
   return 0;
 }
 
-int HoldLock(const std::string& lock_path, const std::string& ready, bool spawn, const char* self) {
+int HoldLock(const std::string& lock_path, const std::string& ready, bool spawn) {
   auto lock = TakeWithRetry(platform::FolderItem(lock_path));
   pid_t child = 0;
   if (spawn) {
     child = ::fork();
     if (child == 0) {
-      ::execl(self, self, "sleep", "60", static_cast<char*>(nullptr));
+      ::execl("/bin/sleep", "sleep", "60", static_cast<char*>(nullptr));
       ::_exit(127);
     }
   }
@@ -90,11 +88,7 @@ int main(int argc, char** argv) {
     return LockCount(args[1], args[2], std::atoi(args[3].c_str()));
   }
   if ((args.size() == 3 || args.size() == 4) && args[0] == "hold-lock") {
-    return HoldLock(args[1], args[2], args.size() == 4, argv[0]);
-  }
-  if (args.size() == 2 && args[0] == "sleep") {
-    ::sleep(static_cast<unsigned>(std::atoi(args[1].c_str())));
-    return 0;
+    return HoldLock(args[1], args[2], args.size() == 4);
   }
   if (args.size() == 5 && args[0] == "send") {
     auto sender = std::make_shared<many_to_one::sender>(args[1], log_file::make_null());
@@ -108,12 +102,6 @@ int main(int argc, char** argv) {
       }
     }
     return 0;
-  }
-  if (args.size() == 3 && args[0] == "hold-entry") {
-    auto sender = std::make_shared<many_to_one::sender>(args[1], log_file::make_null());
-    auto op = sender->op();
-    WriteReady(args[2], "held");
-    for (;;) ::pause();
   }
   std::fprintf(stderr, "channel_helper: bad usage\n");
   return 2;

@@ -77,7 +77,8 @@ TEST_F(ChannelProcessTest, SenderKilledInsideItsOpFreesTheEntryLockForTheOthers)
   auto sock = receiver::make("ch", log_file::make_null());
   ASSERT_NE(sock, nullptr);
   auto ready = root() / "ready";
-  auto holder = qem_test::Spawn({kHelper, "hold-entry", "ch", ready.string()});
+  // A sender inside its op holds the entry lock, and nothing else of the channel.
+  auto holder = qem_test::Spawn({kHelper, "hold-lock", EntryLock("ch").string(), ready.string()});
   ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(ready); }, 30s));
   EXPECT_EQ(lock_file::make(platform::FolderItem(EntryLock("ch")), log_file::make_null()), nullptr);
   std::vector<qem_test::Child> senders;

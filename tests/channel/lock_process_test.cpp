@@ -1,5 +1,5 @@
-// lock_file between real processes: exclusion under load, holders that die, and children that
-// must not inherit a lock.
+// lock_file between real processes: exclusion under load, and children that must not inherit a
+// lock.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -47,20 +47,6 @@ TEST_F(LockProcessTest, CounterUnderTheLockIsExactAcrossEightProcesses) {
   for (auto& child : children) EXPECT_EQ(child.Wait(120s), 0);
   EXPECT_EQ(qem_test::ReadFile(counter), std::to_string(kProcesses * kRounds));
   EXPECT_FALSE(std::filesystem::exists(tmp() / "count.lock"));
-}
-
-TEST_F(LockProcessTest, HolderKilledWithSigkillLeavesAFreeFileThatTheNextReleaseRemoves) {
-  auto path = tmp() / "killed.lock";
-  qem_test::Child holder;
-  ASSERT_EQ(StartHolder(holder, path, root() / "ready", false), "0");
-  EXPECT_EQ(lock_file::make(FolderItem(path), log_file::make_null()), nullptr);
-  holder.Kill(SIGKILL);
-  EXPECT_EQ(holder.Wait(30s), 128 + SIGKILL);
-  ASSERT_TRUE(std::filesystem::exists(path)) << "a dead holder leaves its file";
-  auto lock = lock_file::make(FolderItem(path), log_file::make_null());
-  ASSERT_NE(lock, nullptr);
-  lock.reset();
-  EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST_F(LockProcessTest, ChildOfAHolderDoesNotKeepTheLockAlive) {

@@ -21,6 +21,7 @@ TEST_F(MessageForwarderTest, ReplyArrivesOnTheReplyChannelByteForByte) {
   ASSERT_NE(replies, nullptr);
   std::unique_ptr<message_forwarder> forwarder =
       std::make_unique<message_forwarder_many_to_one>("cmd.reply");
+  EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.cmd.reply.dir"));
   const std::string reply =
       "{\"obj_id\":\"p1\",\"cmd\":\"pressed\",\"btn_id\":\"st\\\"op \xE2\x9C\x93\"}\r\n\t ";
   forwarder->write(reply);
@@ -30,14 +31,6 @@ TEST_F(MessageForwarderTest, ReplyArrivesOnTheReplyChannelByteForByte) {
   EXPECT_EQ(replies->op()->read(), reply);
   EXPECT_EQ(replies->op()->read(), "second");
   EXPECT_EQ(replies->op()->read(), "");
-}
-
-TEST_F(MessageForwarderTest, ConstructionTouchesNoFileAndAnEmptyIdIsAChannelToo) {
-  message_forwarder_many_to_one forwarder("");
-  EXPECT_TRUE(std::filesystem::is_empty(prefs()));
-  forwarder.write("nobody reads this");
-  EXPECT_EQ(qem_test::ReadFile(prefs() / "qem.many_to_one..dir" / "data"),
-            std::string("nobody reads this\0", 18));
 }
 
 }  // namespace
