@@ -1,61 +1,14 @@
-// The dump tool's canonical form, and the tool as a process.
+// The dump tool as a process: what it prints and how it ends.
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <string>
+#include <vector>
 
-#include "canonical_form.h"
-#include "platform/dictionary.h"
 #include "support/process.h"
 #include "support/temp_env.h"
 
 namespace {
-
-using qem_json_dump::CanonicalForm;
-
-TEST(JsonDumpForm, ScalarsShowTheirType) {
-  EXPECT_EQ(CanonicalForm(nullptr), "null");
-  EXPECT_EQ(CanonicalForm(true), "true");
-  EXPECT_EQ(CanonicalForm(false), "false");
-  EXPECT_EQ(CanonicalForm(1.0), "1");
-  EXPECT_EQ(CanonicalForm(0.1), "0.1");
-  EXPECT_EQ(CanonicalForm(-2.5e300), "-2.5e+300");
-  EXPECT_EQ(CanonicalForm(HUGE_VAL), "INF");
-  EXPECT_EQ(CanonicalForm("1"), R"("1")");
-  EXPECT_EQ(CanonicalForm(std::string("q\"b\\\b\f\n\r\t\x01\x7F\xC3\xA9\0", 14)),
-            "\"q\\\"b\\\\\\b\\f\\n\\r\\t\\u0001\\u007f\xC3\xA9\\u0000\"");
-}
-
-platform::Variant Sample() {
-  auto inner = platform::NewDictionary();
-  inner->SetValue("id", "stop");
-  auto list = platform::NewArray();
-  list->push_back(inner);
-  list->resize(2);  // the second element stays nil
-  auto top = platform::NewDictionary();
-  top->SetValue("z", 3);
-  top->SetValue("btn_spec", list);
-  top->SetValue("e", platform::NewDictionary());
-  top->SetValue("a", platform::NewArray());
-  return top;
-}
-
-TEST(JsonDumpForm, ContainersOnOneLineOrIndented) {
-  EXPECT_EQ(CanonicalForm(Sample()),
-            R"({"z": 3, "btn_spec": [{"id": "stop"}, null], "e": {}, "a": []})");
-  EXPECT_EQ(CanonicalForm(Sample(), 2), R"({
-  "z": 3,
-  "btn_spec": [
-    {
-      "id": "stop"
-    },
-    null
-  ],
-  "e": {},
-  "a": []
-})");
-}
 
 class JsonDumpTool : public qem_test::TempEnvTest {
  protected:
@@ -63,13 +16,9 @@ class JsonDumpTool : public qem_test::TempEnvTest {
   int Run(const std::vector<std::string>& args, const std::string& input = "") {
     std::vector<std::string> argv{QEM_JSON_DUMP_PATH};
     argv.insert(argv.end(), args.begin(), args.end());
-    qem_test::SpawnOptions options;
-    if (!input.empty()) {
-      options.stdin_path = (root() / "stdin").string();
-      qem_test::WriteFile(options.stdin_path, input);
-    }
-    options.stdout_path = (root() / "stdout").string();
-    options.stderr_path = (root() / "stderr").string();
+    const qem_test::SpawnOptions options{(root() / "stdin").string(), (root() / "stdout").string(),
+                                         (root() / "stderr").string()};
+    qem_test::WriteFile(options.stdin_path, input);
     int status = qem_test::Spawn(argv, options).Wait();
     out = qem_test::ReadFile(options.stdout_path);
     err = qem_test::ReadFile(options.stderr_path);
@@ -78,10 +27,24 @@ class JsonDumpTool : public qem_test::TempEnvTest {
   std::string out, err;
 };
 
-TEST_F(JsonDumpTool, PrintsTheDictionaryOfAFileOrOfStandardInput) {
-  const std::string text = R"({"obj_id":"p1","progress":0.25,"ok":true,"btn_spec":[]})";
-  const std::string expected =
-      "{\n  \"obj_id\": \"p1\",\n  \"progress\": 0.25,\n  \"ok\": true,\n  \"btn_spec\": []\n}\n";
+TEST_F(JsonDumpTool, PrintsTheDictionaryOfAFileOrOfStandardInputIndentedAndEscaped) {
+  const std::string text = R"({"p":0.1,"big":-2.5e300,"l":[{"k":[]},null,{}],)"
+                           R"("s":"q\"b\\\b\f\n\r\t\u0001\u007f\u00e9\u0000"})";
+  const std::string expected = R"({
+  "p": 0.1,
+  "big": -2.5e+300,
+  "l": [
+    {
+      "k": []
+    },
+    null,
+    {}
+  ],
+  "s": "q\"b\\\b\f\n\r\t\u0001\u007f)"
+                               "\xC3\xA9"
+                               R"(\u0000"
+}
+)";
   qem_test::WriteFile(root() / "cmd.json", text);
   EXPECT_EQ(Run({(root() / "cmd.json").string()}), 0);
   EXPECT_EQ(out, expected);
@@ -90,21 +53,17 @@ TEST_F(JsonDumpTool, PrintsTheDictionaryOfAFileOrOfStandardInput) {
   EXPECT_EQ(out, expected);
 }
 
-TEST_F(JsonDumpTool, FailuresGiveOneLineAndStatusOne) {
-  EXPECT_EQ(Run({(root() / "missing.json").string()}), 1);
-  EXPECT_EQ(err.rfind("qem_json_dump: cannot read ", 0), 0u) << err;
-  EXPECT_EQ(err.find('\n'), err.size() - 1);
-  EXPECT_EQ(Run({root().string()}), 1);  // a folder
-  EXPECT_EQ(err.rfind("qem_json_dump: cannot read ", 0), 0u) << err;
+TEST_F(JsonDumpTool, FailuresGiveOneLineAndStatusOneAndBadUseStatusTwo) {
+  for (const std::string& unreadable : {(root() / "missing.json").string(), root().string()}) {
+    EXPECT_EQ(Run({unreadable}), 1);
+    EXPECT_EQ(err.rfind("qem_json_dump: cannot read " + unreadable + ": ", 0), 0u) << err;
+    EXPECT_EQ(err.find('\n'), err.size() - 1) << err;
+  }
   EXPECT_EQ(Run({"-"}, std::string(600, '[') + std::string(600, ']')), 1);
   EXPECT_EQ(err, "qem_json_dump: JSON nested too deeply\n");
   EXPECT_EQ(out, "");
-}
-
-TEST_F(JsonDumpTool, HelpDocumentsTheFormAndBadUseIsStatusTwo) {
   EXPECT_EQ(Run({"--help"}), 0);
-  EXPECT_NE(out.find("usage: qem_json_dump FILE|-"), std::string::npos);
-  EXPECT_NE(out.find("Dictionary"), std::string::npos);
+  EXPECT_NE(out, "");
   EXPECT_EQ(Run({}), 2);
   EXPECT_EQ(Run({"a", "b"}), 2);
 }

@@ -2,15 +2,19 @@
 // The reader's splitter and tree scan in their plainest form, for checking the reader against:
 // the splitter byte by byte with a running count of backslashes; every level of the tree walks
 // its whole range with a nesting count and recurses into each child. Quadratic in the depth and
-// unbounded in recursion, so only for short texts.
+// unbounded in recursion, so only for short texts. Trees are compared as text: each node is
+// "(start,end,closer,length:name" followed by its children and ")". Used by the random test and
+// the fuzz target.
 
 #include <cstdint>
-#include <sstream>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "canonical_form.h"
 #include "json/json_extract.h"
+#include "json/tree_dictionary.h"
 
 namespace qem_test {
 
@@ -43,76 +47,65 @@ inline std::vector<std::string_view> NaiveSplit(std::string_view bytes) {
   return tokens;
 }
 
-struct NaiveNode {
-  std::int32_t start = 0;
-  std::int32_t end = 0;
-  std::string_view close = "}";
-  std::string_view pname;
-  std::vector<NaiveNode> children;
-};
+inline std::string NodeHead(std::int32_t start, std::int32_t end, std::string_view close,
+                            std::string_view name) {
+  return "(" + std::to_string(start) + "," + std::to_string(end) + "," + std::string(close) + "," +
+         std::to_string(name.size()) + ":" + std::string(name);
+}
 
-inline NaiveNode NaiveBuild(const std::vector<std::string_view>& t, std::int32_t start,
-                            std::int32_t end, std::string_view pname) {
-  NaiveNode node{start, end, "}", pname, {}};
-  if (end <= start) return node;
+inline std::string NaiveTree(const std::vector<std::string_view>& t, std::int32_t start,
+                             std::int32_t end, std::string_view close, std::string_view pname) {
+  std::string text = NodeHead(start, end, close, pname);
   int count = 0;
   std::int32_t element_start = start;
   std::string_view name = pname;
-  for (std::int32_t i = start; i <= end; ++i) {
+  for (std::int32_t i = start; end > start && i <= end; ++i) {
     const std::string_view x = t[i];
     if (x == "{" || x == "[") {
       if (++count == 1) element_start = i + 1;
     } else if (x == "}" || x == "]") {
-      if (--count == 0) {
-        node.children.push_back(NaiveBuild(t, element_start, i - 1, name));
-        node.children.back().close = x;
-        element_start = i + 1;
-      }
-    } else if (count == 0 && x == ",") {
-      element_start = i + 1;
+      if (--count == 0) text += NaiveTree(t, element_start, i - 1, x, name);
     } else if (count == 0 && x == ":") {
       name = t[i - 1];
-      element_start = i + 1;
-    } else if (count == 0 && (i == end || t[i + 1] != ":")) {
-      node.children.push_back(NaiveBuild(t, i, i, name));
-      element_start = i + 1;
+    } else if (count == 0 && x != "," && (i == end || t[i + 1] != ":")) {
+      text += NaiveTree(t, i, i, "}", name);
     }
   }
-  return node;
+  return text + ")";
 }
 
-// The first difference between the two trees as text, or the empty string when they agree.
-inline std::string CompareTrees(const NaiveNode& want, const JSONExtract& got,
-                                const std::string& path = "root") {
-  std::ostringstream diff;
-  if (want.start != got.start_token || want.end != got.end_token) {
-    diff << path << ": range " << got.start_token << ".." << got.end_token << ", expected "
-         << want.start << ".." << want.end;
-  } else if (want.close != got.close_bracket_type) {
-    diff << path << ": closer " << got.close_bracket_type << ", expected " << want.close;
-  } else if (want.pname != got.pname) {
-    diff << path << ": name " << got.pname << ", expected " << want.pname;
-  } else if (want.children.size() != got.children.size()) {
-    diff << path << ": " << got.children.size() << " children, expected " << want.children.size();
-  } else {
-    for (std::size_t i = 0; i < want.children.size(); ++i) {
-      std::string inner =
-          CompareTrees(want.children[i], *got.children[i], path + "/" + std::to_string(i));
-      if (!inner.empty()) return inner;
-    }
-  }
-  return diff.str();
+// The plain tree of a whole token array, under the same rule as the reader: fewer than three
+// tokens give an empty node; otherwise the first and the last are dropped.
+inline std::string NaiveTree(const std::vector<std::string_view>& tokens) {
+  const auto size = static_cast<std::int32_t>(tokens.size());
+  return size < 3 ? NodeHead(0, 0, "", "") + ")" : NaiveTree(tokens, 1, size - 2, "}", {});
 }
 
-// The naive tree of a whole token array, under the same rule as the reader: fewer than three
-// tokens give no range; otherwise the first and the last are dropped.
-inline std::string CompareWithNaive(const JSONExtract& tree) {
-  const auto& tokens = tree.json_tokens->tokens;
-  if (tokens.size() < 3) {
-    return tree.children.empty() && tree.close_bracket_type.empty() ? "" : "root not empty";
+inline std::string TreeText(const JSONExtract& node) {
+  std::string text =
+      NodeHead(node.start_token, node.end_token, node.close_bracket_type, node.pname);
+  for (const auto& child : node.children) text += TreeText(*child);
+  return text + ")";
+}
+
+// The first way in which the reader's reading of `text` differs from the plain one, or "" when
+// none does: the tokens, the tree, and the dictionary, which must be what the tree gives. Sets
+// `keys` to the number of keys in the dictionary. Throws what the reader throws.
+inline std::string DifferenceFromPlain(const std::string& text, std::size_t& keys) {
+  if (JSON::JSON_Split(std::make_shared<const std::string>(text)).tokens != NaiveSplit(text)) {
+    return "tokens differ";
   }
-  return CompareTrees(NaiveBuild(tokens, 1, static_cast<std::int32_t>(tokens.size()) - 2, {}),
-                      tree);
+  JSONExtract tree(text);
+  const std::string got = TreeText(tree), want = NaiveTree(tree.json_tokens->tokens);
+  if (got != want) return "tree " + got + ", expected " + want;
+  const auto direct = JSON::JSONStringToTreeDictionary(text);
+  if (!direct) return "nil dictionary";
+  keys = direct->KeyCount();
+  const platform::Variant from_tree = tree.as_variant();
+  const std::string read = qem_json_dump::CanonicalForm(direct);
+  const std::string built =
+      from_tree.IsDictionary() ? qem_json_dump::CanonicalForm(from_tree) : "{}";
+  return read == built ? "" : "dictionary " + read + ", from the tree " + built;
 }
 
 }  // namespace qem_test
