@@ -3,27 +3,15 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <memory>
-
-#include <QString>
-#include <QtGlobal>
 
 #include "platform/run_loop.h"
 
 namespace {
 
-// The offscreen platform says on every raise that it can't raise; tests that read stderr must
-// not see that. Everything else goes to stderr as Qt would write it.
-void FilterQtMessages(QtMsgType, const QMessageLogContext&, const QString& message) {
-  if (message.startsWith("This plugin does not support")) return;
-  std::fprintf(stderr, "%s\n", qPrintable(message));
-}
-
 class GuiEnvironment : public ::testing::Environment {
  public:
   void SetUp() override {
-    qInstallMessageHandler(FilterQtMessages);
     application_ = std::make_unique<platform::DesktopApplication>(argc_, argv_);
   }
   void TearDown() override { application_.reset(); }
