@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QCloseEvent>
 #include <QWidget>
 
 #include "platform/control_font.h"
@@ -14,10 +15,28 @@ Qt::WindowFlags FlagsOf(DesktopWindow::Type type) {
   return Qt::Window | Qt::Tool | Qt::WindowStaysOnTopHint | Qt::CustomizeWindowHint |
          Qt::WindowTitleHint;
 }
+
+// The widget of a window. A floating window has no close box, and a window manager that shows
+// one all the same, or a close key, can't take it away: only its owner closes it.
+class WindowWidget : public QWidget {
+ public:
+  explicit WindowWidget(DesktopWindow::Type type) : QWidget(nullptr, FlagsOf(type)), type_(type) {}
+
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    if (type_ == DesktopWindow::Type::FloatingGlobal) {
+      event->ignore();
+    } else {
+      QWidget::closeEvent(event);
+    }
+  }
+
+ private:
+  DesktopWindow::Type type_;
+};
 }  // namespace
 
-DesktopWindow::DesktopWindow(Type type)
-    : widget_(std::make_unique<QWidget>(nullptr, FlagsOf(type))) {
+DesktopWindow::DesktopWindow(Type type) : widget_(std::make_unique<WindowWidget>(type)) {
   // A floating window stays on the screen while another application is active.
   if (type == Type::FloatingGlobal) widget_->setAttribute(Qt::WA_MacAlwaysShowToolWindow);
   ApplySize();

@@ -19,7 +19,7 @@ class DesktopWindow {
   enum class Type {
     Document,  // an ordinary window with the platform's frame
     // Floats above the windows of all applications; a title bar without close, minimise or
-    // maximise buttons; no parent.
+    // maximise buttons; no parent. A request to close it from outside is refused.
     FloatingGlobal,
   };
 

@@ -54,6 +54,16 @@ TEST(DesktopWindowTest, FloatsWithoutParentOrWindowButtons) {
   }
 }
 
+TEST(DesktopWindowTest, AFloatingWindowRefusesToBeClosedFromOutside) {
+  DesktopWindow floating(DesktopWindow::Type::FloatingGlobal);
+  DesktopWindow document(DesktopWindow::Type::Document);
+  floating.Open();
+  document.Open();
+  EXPECT_FALSE(floating.Widget()->close());
+  EXPECT_TRUE(floating.Widget()->isVisible());
+  EXPECT_TRUE(document.Widget()->close());
+}
+
 TEST(DesktopWindowTest, ShowsOnlyOnceOpenAndNeverAfterClose) {
   DesktopWindow window(DesktopWindow::Type::FloatingGlobal);
   window.Title("Copy [*] 50%");
