@@ -1,5 +1,7 @@
 #include "platform/run_loop.h"
 
+#include <cstdio>
+
 #include <QApplication>
 #include <QTimer>
 
@@ -11,10 +13,27 @@ namespace {
 DesktopApplication* g_instance = nullptr;
 bool g_quit_requested = false;
 int g_quit_status = 0;
+QtMessageHandler g_previous_handler = nullptr;
+
+// A platform without window stacking or size hints (offscreen, the headless one) says so on
+// every raise and resize of a window; those notes are dropped. Every other message of Qt goes
+// on as before.
+void DropPlatformNotes(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (type == QtWarningMsg && message.startsWith(QLatin1String("This plugin does not support"))) {
+    return;
+  }
+  if (g_previous_handler) {
+    g_previous_handler(type, context, message);
+  } else {
+    std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
+  }
+}
 }  // namespace
 
 DesktopApplication::DesktopApplication(int& argc, char** argv)
     : qt_(std::make_unique<QApplication>(argc, argv)) {
+  static const QtMessageHandler previous = qInstallMessageHandler(DropPlatformNotes);
+  g_previous_handler = previous;
   g_instance = this;
   g_quit_requested = false;
   g_quit_status = 0;

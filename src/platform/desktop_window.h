@@ -1,0 +1,85 @@
+#pragma once
+// A top-level window over a Qt widget. Like the controls, it keeps every property value written
+// to it and counts every write: a read gives what was written even where Qt shows something else
+// (a Height below MinimumHeight shows as MinimumHeight). The code never moves a window: the
+// platform places it when it first comes on the screen. Main thread only.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/write_counts.h"
+
+class QWidget;
+
+namespace platform {
+
+class DesktopWindow {
+ public:
+  enum class Type {
+    Document,  // an ordinary window with the platform's frame
+    // Floats above the windows of all applications; a title bar without close, minimise or
+    // maximise buttons; no parent. A request to close it from outside is refused.
+    FloatingGlobal,
+  };
+
+  // Makes the window, not yet on the screen: until Open or Show, writes are only recorded.
+  explicit DesktopWindow(Type type);
+  virtual ~DesktopWindow();
+  DesktopWindow(const DesktopWindow&) = delete;
+  DesktopWindow& operator=(const DesktopWindow&) = delete;
+
+  const std::string& Title() const noexcept { return title_; }
+  void Title(std::string value);
+  // True while the window is meant to be on the screen (also before Open, from the design).
+  bool Visible() const noexcept { return visible_; }
+  void Visible(bool value);
+  // The client area's size in points. Qt is given the size clamped to the minimum and maximum.
+  std::int64_t Width() const noexcept { return width_; }
+  void Width(std::int64_t value);
+  std::int64_t Height() const noexcept { return height_; }
+  void Height(std::int64_t value);
+  std::int64_t MinimumWidth() const noexcept { return min_width_; }
+  void MinimumWidth(std::int64_t value);
+  std::int64_t MinimumHeight() const noexcept { return min_height_; }
+  void MinimumHeight(std::int64_t value);
+  std::int64_t MaximumWidth() const noexcept { return max_width_; }
+  void MaximumWidth(std::int64_t value);
+  std::int64_t MaximumHeight() const noexcept { return max_height_; }
+  void MaximumHeight(std::int64_t value);
+  // False: the user can't change the size; the code still can.
+  bool Resizeable() const noexcept { return resizeable_; }
+  void Resizeable(bool value);
+
+  // Ends the making of the window: from now on it is on the screen whenever Visible is true.
+  void Open();
+  // Opens the window if needed, makes Visible true and brings it to the front.
+  void Show();
+  // Takes the window off the screen for good: it shows no more and takes no more input. The
+  // object and its controls live on until their owner drops them.
+  void Close();
+  bool Closed() const noexcept { return closed_; }
+
+  const WriteCounts& Writes() const noexcept { return writes_; }
+  void ResetWrites() noexcept { writes_.Reset(); }
+
+  // The widget: the parent of the controls, and for grabbing and driving the window in tests.
+  QWidget* Widget() const noexcept { return widget_.get(); }
+
+ private:
+  void ApplySize();
+  void ApplyVisible();
+
+  std::unique_ptr<QWidget> widget_;
+  std::string title_;
+  bool visible_ = true;
+  std::int64_t width_ = 100, height_ = 100;
+  std::int64_t min_width_ = 0, min_height_ = 0;
+  std::int64_t max_width_ = 32000, max_height_ = 32000;
+  bool resizeable_ = true;
+  bool opened_ = false;
+  bool closed_ = false;
+  WriteCounts writes_;
+};
+
+}  // namespace platform

@@ -1,0 +1,98 @@
+// The window and control wrappers: a read gives what was written even where Qt shows something
+// else, every write is counted, a floating window stays put, text is measured as it is drawn.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QFontMetricsF>
+#include <QLabel>
+#include <QProgressBar>
+#include <QWindow>
+
+#include "platform/desktop_controls.h"
+#include "platform/desktop_window.h"
+#include "platform/text_measurer.h"
+
+namespace {
+
+using platform::DesktopWindow;
+
+TEST(DesktopWindowTest, KeepsWhatWasWrittenWhereQtClampsItAndNeverMoves) {
+  DesktopWindow window(DesktopWindow::Type::FloatingGlobal);
+  window.Resizeable(false);
+  window.MinimumHeight(64);
+  window.Width(530);
+  window.Height(60);
+  window.Title("Copy [*] 50%");
+  window.Show();
+  EXPECT_EQ(window.Height(), 60);
+  EXPECT_EQ(window.Widget()->size(), QSize(530, 64));
+  EXPECT_EQ(window.Widget()->minimumSize(), window.Widget()->maximumSize());
+  EXPECT_EQ(window.Widget()->windowHandle()->title(), "Copy [*] 50%");
+  const QPoint place = window.Widget()->pos();
+  window.Height(300);
+  EXPECT_EQ(window.Widget()->height(), 300);
+  EXPECT_EQ(window.Widget()->pos(), place);
+  EXPECT_EQ(window.Writes().Total(), 7);  // Show writes Visible
+}
+
+TEST(DesktopWindowTest, FloatsWithoutParentOrButtonsAndOnlyItsOwnerClosesIt) {
+  DesktopWindow window(DesktopWindow::Type::FloatingGlobal);
+  const Qt::WindowFlags flags = window.Widget()->windowFlags();
+  EXPECT_EQ(window.Widget()->parentWidget(), nullptr);
+  for (Qt::WindowType hint :
+       {Qt::Tool, Qt::WindowStaysOnTopHint, Qt::CustomizeWindowHint, Qt::WindowTitleHint}) {
+    EXPECT_TRUE(flags.testFlag(hint)) << hint;
+  }
+  for (Qt::WindowType hint :
+       {Qt::WindowCloseButtonHint, Qt::WindowMinimizeButtonHint, Qt::WindowMaximizeButtonHint}) {
+    EXPECT_FALSE(flags.testFlag(hint)) << hint;
+  }
+  EXPECT_FALSE(window.Widget()->isVisible());  // not before it is opened
+  window.Open();
+  EXPECT_FALSE(window.Widget()->close());  // as a window manager's close box would ask
+  EXPECT_TRUE(window.Widget()->isVisible());
+  window.Close();
+  window.Show();
+  EXPECT_FALSE(window.Widget()->isVisible());
+}
+
+TEST(DesktopControlsTest, BarKeepsValuesOutsideItsRangeAndIsBusyWhenIndeterminate) {
+  DesktopWindow window(DesktopWindow::Type::Document);
+  platform::DesktopProgressBar bar(window);
+  const auto* qt_bar = static_cast<QProgressBar*>(bar.Widget());
+  bar.MaximumValue(1000);
+  bar.Value(1500);
+  EXPECT_EQ(bar.Value(), 1500);
+  EXPECT_EQ(qt_bar->value(), 1000);
+  bar.Indeterminate(true);
+  EXPECT_EQ(qt_bar->maximum(), 0);
+  bar.Value(-3);
+  bar.Indeterminate(false);
+  EXPECT_EQ(bar.Value(), -3);
+  EXPECT_EQ(qt_bar->maximum(), 1000);
+  EXPECT_EQ(qt_bar->value(), 0);
+  bar.Width(-5);
+  EXPECT_EQ(bar.Width(), -5);
+  EXPECT_EQ(bar.Widget()->width(), 0);
+}
+
+TEST(TextMeasurerTest, MeasuresAsTheControlsDraw) {
+  DesktopWindow window(DesktopWindow::Type::Document);
+  platform::DesktopLabel label(window);
+  const std::string text = "A message long enough to wrap onto several lines in a narrow label.";
+  label.Text(text);
+  const auto measurer = platform::FontMetricsMeasurer();
+  const auto* qt_label = static_cast<QLabel*>(label.Widget());
+  for (int width : {490, 200, 80}) {
+    EXPECT_EQ(measurer->StringHeight(text, "System", 0, width), qt_label->heightForWidth(width));
+  }
+  EXPECT_GT(measurer->StringHeight(text, "System", 0, 80),
+            measurer->StringHeight(text, "System", 0, 490));
+  EXPECT_DOUBLE_EQ(measurer->StringWidth("Cancel", "system", 0),
+                   QFontMetricsF(QApplication::font()).horizontalAdvance("Cancel"));
+  EXPECT_GT(measurer->StringWidth("Cancel", "System", 40),
+            measurer->StringWidth("Cancel", "System", 8));
+}
+
+}  // namespace

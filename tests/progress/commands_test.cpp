@@ -1,0 +1,126 @@
+// Commands and the stack of states: what "set", "push" and "delete" change, and that nothing a
+// caller sends can break a window.
+
+#include <gtest/gtest.h>
+
+#include "progress_fixture.h"
+
+namespace {
+
+using qem_test::Command;
+
+// What a user sees of a window, enough to tell one state from another.
+std::string LookOf(const wProgress& w) {
+  std::string look = w.Title() + "|" + (w.Label1().Visible() ? w.Label1().Text() : "") + "|" +
+                     std::to_string(w.ProgressBar1().Visible()) + "|" +
+                     std::to_string(w.ProgressBar1().Value()) + "|" + std::to_string(w.Height());
+  for (const auto* b : w.btns()) look += b->Visible() ? "|" + b->Caption() : "";
+  return look;
+}
+
+class Commands : public ::testing::Test {
+ protected:
+  std::unique_ptr<wProgress> Make(const std::string& json) {
+    return qem_test::MakeWindow(json, std::make_shared<qem_test::TableMeasurer>(), replies_);
+  }
+  std::shared_ptr<qem_test::RecordingForwarder> replies_ =
+      std::make_shared<qem_test::RecordingForwarder>();
+};
+
+TEST_F(Commands, PushThenPressShowsTheStateBelowAsItWas) {
+  auto w = Make(R"({"style":3,"title":"Backup","message":"Copying","progress":0.3,)"
+                R"("btn_spec":[{"id":"stop","text":"Stop"}]})");
+  const std::string before = LookOf(*w);
+  w->cmd(Command(R"({"cmd":"push","style":1,"message":"Replace?",)"
+                 R"("btn_spec":[{"id":"yes","text":"Yes"},{"id":"no","text":"No"}]})"));
+  w->cmd(Command(R"({"cmd":"set","progress":0.9})"));  // lands on the question
+  // Nothing is inherited from below: no title, no bar, its own buttons.
+  EXPECT_EQ(LookOf(*w), "|Replace?|0|900.000000|97|Yes|No");
+  qem_test::Press(*w, 1);
+  EXPECT_EQ(replies_->replies,
+            std::vector<std::string>{R"({"obj_id":"w1","cmd":"pressed","btn_id":"no"})"});
+  EXPECT_EQ(LookOf(*w), before);
+}
+
+TEST_F(Commands, ThreePushesNeedThreePressesAndAFourthChangesNoState) {
+  auto w = Make(R"({"message":"base","btn_spec":[{"id":"b0"}]})");
+  for (const char* id : {"b1", "b2", "b3"}) {
+    w->cmd(Command(std::string(R"({"cmd":"Push","message":")") + id + R"(","btn_spec":[{"id":")" +
+                   id + R"("}]})"));
+  }
+  for (const char* title : {"b3", "b2", "b1", "base"}) {
+    EXPECT_EQ(w->Title(), title);
+    qem_test::Press(*w, 0);
+  }
+  EXPECT_EQ(w->Title(), "base");
+  EXPECT_EQ(w->stack.size(), 1u);
+  ASSERT_EQ(replies_->replies.size(), 4u);
+  EXPECT_EQ(replies_->replies[3], R"({"obj_id":"w1","cmd":"pressed","btn_id":"b0"})");
+}
+
+TEST_F(Commands, DeleteIgnoresItsOtherKeysAndOtherWordsDoNothing) {
+  auto w = Make(R"({"style":3,"title":"Backup","progress":0.5})");
+  qem_test::ResetWrites(*w);
+  for (const char* json : {R"({"cmd":"frobnicate","progress":0.9})", R"({"progress":0.9})",
+                           R"({"cmd":{"set":1},"progress":0.9})", R"({"cmd":"create"})",
+                           R"({"cmd":"DELETE","title":"Other","progress":0.9})"}) {
+    w->cmd(Command(json));
+    EXPECT_EQ(qem_test::TotalWrites(*w), 0) << json;
+  }
+  EXPECT_TRUE(w->Closed());
+  EXPECT_FALSE(w->Widget()->isVisible());
+}
+
+TEST_F(Commands, AKeyThatCantBeConvertedIsSkippedWithOneLineAndTheRestApply) {
+  struct Case {
+    const char* bad;   // comes after the good keys and replaces one of them
+    const char* line;  // the one stderr line, after "qem_util: wProgress "w1": "
+    std::size_t specs;
+  };
+  const Case cases[] = {
+      {R"("style":{"a":1})", R"(key "style" skipped)", 1},
+      {R"("style":[3])", R"(key "style" skipped)", 1},
+      {R"("btn_spec":"Stop")", R"(key "btn_spec" skipped)", 0},
+      {R"("btn_spec":{"id":"a"})", R"(key "btn_spec" skipped)", 0},
+      {R"("title":["x"])", R"(key "title" skipped)", 1},
+      {R"("message":{})", R"(key "message" skipped)", 1},
+      {R"("progress":{})", R"(key "progress" skipped)", 1},
+      {R"("btn_spec":["B",{"id":"a"}])", R"(element 0 of "btn_spec" skipped)", 1},
+  };
+  for (const auto& c : cases) {
+    testing::internal::CaptureStderr();
+    auto w = Make(std::string(R"({"style":3,"title":"Backup","message":"Copying","progress":0.5,)"
+                              R"("btn_spec":[{"text":"Go"}],)") +
+                  c.bad + "}");
+    const std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(err.find(std::string("qem_util: wProgress \"w1\": ") + c.line), 0u) << err;
+    EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), 1) << err;
+    // The skipped key left its field as a fresh state has it; the others applied.
+    const std::string line = c.line;
+    const auto skipped = [&](const char* key) { return line.find(key) != std::string::npos; };
+    const progress_state& s = w->state();
+    EXPECT_EQ(s.style.has_value(), !skipped("\"style\"")) << c.bad;
+    EXPECT_EQ(s.title, skipped("\"title\"") ? "" : "Backup") << c.bad;
+    EXPECT_EQ(s.msg, skipped("\"message\"") ? "" : "Copying") << c.bad;
+    EXPECT_EQ(s.progress, skipped("\"progress\"") ? 0.0 : 0.5) << c.bad;
+    EXPECT_EQ(s.btn_specs.size(), c.specs) << c.bad;
+    // And the layout ran to its end.
+    EXPECT_EQ(w->Height(), w->ProgressBar1().Top() + 40) << c.bad;
+    EXPECT_EQ(w->btn(0).Visible(), c.specs == 1) << c.bad;
+  }
+}
+
+TEST_F(Commands, ExtremeValuesStillGiveAWholeLayout) {
+  auto w = qem_test::MakeWindow(R"({"style":3,"message":")" + std::string(200000, 'x') + R"("})",
+                                nullptr);
+  for (const char* json : {R"({"cmd":"set","progress":1e300})",
+                           R"({"cmd":"set","progress":-1e300})", R"({"cmd":"set","style":1e300})",
+                           R"({"cmd":"set","style":-1})", R"({"cmd":"set","btn_spec":null})",
+                           R"({"cmd":"set","title":null,"message":true})", R"({"cmd":"push"})"}) {
+    w->cmd(Command(json));
+    EXPECT_EQ(w->Height(), w->ProgressBar1().Top() + 40) << json;
+  }
+  EXPECT_EQ(w->stack.size(), 2u);
+}
+
+}  // namespace

@@ -1,0 +1,68 @@
+#pragma once
+// Shared by the progress window tests: known text sizes in place of a font's, a forwarder that
+// keeps its replies, commands written as JSON, write counts over a window and its controls.
+
+#include <QtTest/QTest>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "json/tree_dictionary.h"
+#include "progress/wprogress.h"
+
+namespace qem_test {
+
+// Sizes from tables; any other text measures 17 high and 10 per byte wide.
+class TableMeasurer : public platform::TextMeasurer {
+ public:
+  std::map<std::string, double> heights, widths;
+  double wrap_width = 0;  // the width the last height was asked for
+  double StringHeight(const std::string& text, const std::string&, double, double width) override {
+    wrap_width = width;
+    return heights.contains(text) ? heights[text] : 17.0;
+  }
+  double StringWidth(const std::string& text, const std::string&, double) override {
+    return widths.contains(text) ? widths[text] : 10.0 * static_cast<double>(text.size());
+  }
+};
+
+class RecordingForwarder : public message_forwarder {
+ public:
+  void write(const std::string& message) override { replies.push_back(message); }
+  std::vector<std::string> replies;
+};
+
+inline std::shared_ptr<platform::Dictionary> Command(const std::string& json) {
+  return JSON::JSONStringToTreeDictionary(json);
+}
+
+// Window "w1", shown, as the server makes it; a nil measurer means real fonts.
+inline std::unique_ptr<wProgress> MakeWindow(
+    const std::string& create_json, std::shared_ptr<platform::TextMeasurer> measurer,
+    std::shared_ptr<message_forwarder> forwarder = std::make_shared<RecordingForwarder>()) {
+  auto w = std::make_unique<wProgress>("w1", Command(create_json), std::move(forwarder),
+                                       std::move(measurer));
+  w->Show();
+  return w;
+}
+
+inline long TotalWrites(const wProgress& w) {
+  long total = w.Writes().Total() + w.ProgressBar1().Writes().Total() + w.Label1().Writes().Total();
+  for (const auto* b : w.btns()) total += b->Writes().Total();
+  return total;
+}
+
+inline void ResetWrites(wProgress& w) {
+  w.ResetWrites();
+  w.ProgressBar1().ResetWrites();
+  w.Label1().ResetWrites();
+  for (auto* b : w.btns()) b->ResetWrites();
+}
+
+// A click with the mouse, as the user makes it.
+inline void Press(wProgress& w, int index) {
+  QTest::mouseClick(w.btn(index).Widget(), Qt::LeftButton);
+}
+
+}  // namespace qem_test
