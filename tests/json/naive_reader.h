@@ -47,15 +47,16 @@ inline std::vector<std::string_view> NaiveSplit(std::string_view bytes) {
   return tokens;
 }
 
-inline std::string NodeHead(std::int32_t start, std::int32_t end, std::string_view close,
-                            std::string_view name) {
-  return "(" + std::to_string(start) + "," + std::to_string(end) + "," + std::string(close) + "," +
-         std::to_string(name.size()) + ":" + std::string(name);
+inline void AppendNode(std::string& text, std::int32_t start, std::int32_t end,
+                       std::string_view close, std::string_view name) {
+  text.append(1, '(').append(std::to_string(start)).append(1, ',').append(std::to_string(end));
+  text.append(1, ',').append(close).append(1, ',').append(std::to_string(name.size()));
+  text.append(1, ':').append(name);
 }
 
-inline std::string NaiveTree(const std::vector<std::string_view>& t, std::int32_t start,
-                             std::int32_t end, std::string_view close, std::string_view pname) {
-  std::string text = NodeHead(start, end, close, pname);
+inline void NaiveTree(const std::vector<std::string_view>& t, std::int32_t start, std::int32_t end,
+                      std::string_view close, std::string_view pname, std::string& text) {
+  AppendNode(text, start, end, close, pname);
   int count = 0;
   std::int32_t element_start = start;
   std::string_view name = pname;
@@ -64,28 +65,31 @@ inline std::string NaiveTree(const std::vector<std::string_view>& t, std::int32_
     if (x == "{" || x == "[") {
       if (++count == 1) element_start = i + 1;
     } else if (x == "}" || x == "]") {
-      if (--count == 0) text += NaiveTree(t, element_start, i - 1, x, name);
+      if (--count == 0) NaiveTree(t, element_start, i - 1, x, name, text);
     } else if (count == 0 && x == ":") {
       name = t[i - 1];
     } else if (count == 0 && x != "," && (i == end || t[i + 1] != ":")) {
-      text += NaiveTree(t, i, i, "}", name);
+      NaiveTree(t, i, i, "}", name, text);
     }
   }
-  return text + ")";
+  text += ')';
 }
 
 // The plain tree of a whole token array, under the same rule as the reader: fewer than three
-// tokens give an empty node; otherwise the first and the last are dropped.
+// tokens give the empty node (no range, no closer, no name); otherwise the first and the last
+// are dropped.
 inline std::string NaiveTree(const std::vector<std::string_view>& tokens) {
   const auto size = static_cast<std::int32_t>(tokens.size());
-  return size < 3 ? NodeHead(0, 0, "", "") + ")" : NaiveTree(tokens, 1, size - 2, "}", {});
+  if (size < 3) return "(0,0,,0:)";
+  std::string text;
+  NaiveTree(tokens, 1, size - 2, "}", {}, text);
+  return text;
 }
 
-inline std::string TreeText(const JSONExtract& node) {
-  std::string text =
-      NodeHead(node.start_token, node.end_token, node.close_bracket_type, node.pname);
-  for (const auto& child : node.children) text += TreeText(*child);
-  return text + ")";
+inline void TreeText(const JSONExtract& node, std::string& text) {
+  AppendNode(text, node.start_token, node.end_token, node.close_bracket_type, node.pname);
+  for (const auto& child : node.children) TreeText(*child, text);
+  text += ')';
 }
 
 // The first way in which the reader's reading of `text` differs from the plain one, or "" when
@@ -96,7 +100,9 @@ inline std::string DifferenceFromPlain(const std::string& text, std::size_t& key
     return "tokens differ";
   }
   JSONExtract tree(text);
-  const std::string got = TreeText(tree), want = NaiveTree(tree.json_tokens->tokens);
+  std::string got;
+  TreeText(tree, got);
+  const std::string want = NaiveTree(tree.json_tokens->tokens);
   if (got != want) return "tree " + got + ", expected " + want;
   const auto direct = JSON::JSONStringToTreeDictionary(text);
   if (!direct) return "nil dictionary";
