@@ -69,10 +69,18 @@ int HoldLock(const std::string& lock_path, const std::string& ready, bool spawn)
   auto lock = TakeWithRetry(platform::FolderItem(lock_path));
   pid_t child = 0;
   if (spawn) {
+    // Until its exec the child shares every descriptor, the lock's included; READY must wait
+    // for the exec, which closes the write end of this pipe (end of file for the read end).
+    int pipe_ends[2];
+    if (::pipe(pipe_ends) != 0 || ::fcntl(pipe_ends[1], F_SETFD, FD_CLOEXEC) != 0) return 6;
     child = ::fork();
     if (child == 0) {
       ::execl("/bin/sleep", "sleep", "60", static_cast<char*>(nullptr));
       ::_exit(127);
+    }
+    ::close(pipe_ends[1]);
+    char byte;
+    while (::read(pipe_ends[0], &byte, 1) > 0) {
     }
   }
   WriteReady(ready, std::to_string(child));
