@@ -135,27 +135,6 @@ QString ModifierName(std::string_view modifier) {
 
 }  // namespace
 
-void DesktopMenuItem::Text(std::string value) {
-  text_ = std::move(value);
-  for (const auto& action : shown_) {
-    if (action) Apply(*action);
-  }
-}
-
-void DesktopMenuItem::Shortcut(std::string value) {
-  shortcut_ = std::move(value);
-  for (const auto& action : shown_) {
-    if (action) Apply(*action);
-  }
-}
-
-void DesktopMenuItem::Visible(bool value) {
-  visible_ = value;
-  for (const auto& action : shown_) {
-    if (action) Apply(*action);
-  }
-}
-
 void DesktopMenuItem::AddMenu(std::shared_ptr<DesktopMenuItem> item) {
   if (!item) throw NilObjectException("DesktopMenuItem.AddMenu: nil item");
   items_.push_back(std::move(item));
@@ -208,8 +187,6 @@ void DesktopMenuItem::Apply(QAction& action) const {
 // Makes the Qt menus for the items and ties each action to the item it shows.
 struct MenuBuilder {
   static QAction* Show(const std::shared_ptr<DesktopMenuItem>& item, QAction* action) {
-    std::erase_if(item->shown_, [](const QPointer<QAction>& a) { return a.isNull(); });
-    item->shown_.emplace_back(action);
     item->Apply(*action);
     return action;
   }

@@ -1,7 +1,7 @@
 #pragma once
 // Menus: a menu bar, its menus and their items, as plain values that keep what was written to
 // them. Qt's menus are made from them for each window (or for the screen on macOS) that shows
-// the bar, and follow later changes of Text, Shortcut and Visible.
+// the bar, as the bar is at that moment: build the bar whole before it is shown.
 //
 // The program gives no item a handler. Items whose Name is one of the standard names do what
 // the platform's standard actions do: "FileQuit" calls Quit(0); "EditUndo", "EditCut",
@@ -13,8 +13,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <QPointer>
 
 class QAction;
 class QKeySequence;
@@ -36,23 +34,23 @@ class DesktopMenuItem {
   // The text shown; "&" marks the access key that follows it ("&&" shows an ampersand). A
   // text of "-" makes the item a separator.
   const std::string& Text() const noexcept { return text_; }
-  void Text(std::string value);
+  void Text(std::string value) { text_ = std::move(value); }
   // The key that chooses the item, as "Cmd+Q": modifiers joined by "+" before the key. "Cmd" is
   // the platform's command modifier (Ctrl, or Command on macOS), "Ctrl" the Control key, "Alt" or
   // "Option", and "Shift". Empty: none.
   const std::string& Shortcut() const noexcept { return shortcut_; }
-  void Shortcut(std::string value);
+  void Shortcut(std::string value) { shortcut_ = std::move(value); }
   // True: whenever its menu opens, the item is enabled only if its standard action applies
   // there (Copy needs a selection, Paste text on the clipboard and an editable control, ...).
   // Its key works in any case and does nothing where the action doesn't apply.
   bool AutoEnabled() const noexcept { return auto_enabled_; }
   void AutoEnabled(bool value) { auto_enabled_ = value; }
   bool Visible() const noexcept { return visible_; }
-  void Visible(bool value);
+  void Visible(bool value) { visible_ = value; }
 
   bool IsSeparator() const { return text_ == "-"; }
 
-  // Adds `item` at the end of this menu. Windows made later show it; menus already shown don't.
+  // Adds `item` at the end of this menu.
   void AddMenu(std::shared_ptr<DesktopMenuItem> item);
   // The item of this menu (not of its submenus) with that Name, ignoring ASCII case; nil if none.
   std::shared_ptr<DesktopMenuItem> Child(std::string_view name) const;
@@ -75,8 +73,6 @@ class DesktopMenuItem {
   bool auto_enabled_ = true;
   bool visible_ = true;
   std::vector<std::shared_ptr<DesktopMenuItem>> items_;
-  // The Qt actions that show this item, in every window that carries the bar.
-  mutable std::vector<QPointer<QAction>> shown_;
 };
 
 // The bar: a menu whose items are the menus shown along it.

@@ -4,13 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QCheckBox>
 #include <QFontMetricsF>
 #include <QLabel>
 #include <QProgressBar>
 #include <QWindow>
-#include <QtTest/QTest>
-#include <vector>
 
 #include "platform/desktop_controls.h"
 #include "platform/desktop_window.h"
@@ -58,44 +55,6 @@ TEST(DesktopWindowTest, FloatsWithoutParentOrButtonsAndOnlyItsOwnerClosesIt) {
   window.Close();
   window.Show();
   EXPECT_FALSE(window.Widget()->isVisible());
-}
-
-class CountedClosing : public DesktopWindow {
- public:
-  CountedClosing() : DesktopWindow(Type::Document) {}
-  void Event_Closing() override { ++closings; }
-  int closings = 0;
-};
-
-TEST(DesktopWindowTest, ClosingRunsOnceWhetherTheUserOrTheCodeClosesADocumentWindow) {
-  CountedClosing by_user, by_code;
-  by_user.Show();
-  by_code.Show();
-  EXPECT_TRUE(by_user.Frame()->close());  // as the window's close box asks
-  by_user.Close();
-  by_code.Close();
-  by_code.Close();
-  for (const auto* window : {&by_user, &by_code}) {
-    EXPECT_EQ(window->closings, 1);
-    EXPECT_TRUE(window->Closed());
-    EXPECT_FALSE(window->Frame()->isVisible());
-  }
-}
-
-TEST(DesktopControlsTest, CheckBoxReportsEveryChangeByClickOrWriteOnce) {
-  DesktopWindow window(DesktopWindow::Type::Document);
-  platform::DesktopCheckBox box(window);
-  box.Caption("lock & key");
-  box.Height(20);
-  window.Show();
-  std::vector<bool> seen;
-  box.AddValueChangedHandler([&](platform::DesktopCheckBox& b) { seen.push_back(b.Value()); });
-  box.Value(true);
-  box.Value(true);  // no change, no event
-  QTest::mouseClick(box.Widget(), Qt::LeftButton, {}, QPoint(5, 10));
-  EXPECT_EQ(seen, (std::vector<bool>{true, false}));
-  EXPECT_FALSE(box.Value());
-  EXPECT_EQ(static_cast<QCheckBox*>(box.Widget())->text(), "lock && key");
 }
 
 TEST(DesktopControlsTest, BarKeepsValuesOutsideItsRangeAndIsBusyWhenIndeterminate) {

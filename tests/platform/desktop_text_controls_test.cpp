@@ -62,20 +62,4 @@ TEST(DesktopTextControlsTest, KeepWhatWasWrittenAndFollowWhatTheUserTypes) {
   }
 }
 
-TEST(DesktopTextControlsTest, AreaTakesReturnAsALineEndAndTabMovesTheFocusOn) {
-  DesktopWindow window(DesktopWindow::Type::Document);
-  platform::DesktopTextArea area(window);
-  platform::DesktopTextField next(window);
-  window.Show();
-  window.Frame()->activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(window.Frame()));
-  area.Widget()->setFocus();
-  QTest::keyClicks(area.Widget(), "{\"a\":1,");
-  QTest::keyClick(area.Widget(), Qt::Key_Return);
-  QTest::keyClicks(area.Widget(), "\"b\":2}");
-  QTest::keyClick(area.Widget(), Qt::Key_Tab);
-  EXPECT_EQ(area.Text(), "{\"a\":1,\n\"b\":2}");
-  EXPECT_EQ(QApplication::focusWidget(), next.Widget());
-}
-
 }  // namespace

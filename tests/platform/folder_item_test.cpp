@@ -42,13 +42,4 @@ TEST_F(FolderItemTest, FailuresAreReportedAsTheContractSays) {
   missing.Delete();  // no word on failure
 }
 
-TEST_F(FolderItemTest, OnlyAFullPathMakesAnItemFromTypedText) {
-  EXPECT_EQ(platform::FolderItem::FromNativePath("/opt/a b/qem_util").Path(), "/opt/a b/qem_util");
-  const std::string bad_paths[] = {"", "qem_util", "./qem_util", std::string("/a\0b", 4)};
-  for (const std::string& bad : bad_paths) {
-    EXPECT_THROW(platform::FolderItem::FromNativePath(bad), platform::UnsupportedFormatException)
-        << bad;
-  }
-}
-
 }  // namespace
