@@ -3,11 +3,14 @@
 #include <cstdio>
 #include <string>
 
+#include "app/main_menu_bar.h"
 #include "app/misc.h"
 #include "app/names.h"
 #include "platform/text.h"
 
-App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {}
+App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {
+  MenuBar(main_menu_bar());
+}
 
 App::~App() = default;
 
@@ -27,8 +30,8 @@ bool Refused(const char* option, const std::string& value, bool is_channel) {
 
 void App::Event_Opening() {
   if (platform::EqualsPlain(misc::cmd_line("test"), "true")) {
-    std::fprintf(stderr, "qem_util: the test console is not part of this build yet\n");
-    platform::Quit(1);
+    util_test = std::make_unique<qem_util_test>();
+    AllowAutoQuit(false);
     return;
   }
   std::string stay_alive_key = misc::cmd_line("stay-alive-key");

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -17,10 +18,16 @@ namespace {
 QLabel* MakeLabel(DesktopWindow& window) {
   auto* label = new QLabel(window.Widget());
   label->setTextFormat(Qt::PlainText);
-  label->setWordWrap(true);
-  label->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
   label->setTextInteractionFlags(Qt::NoTextInteraction);
   return label;
+}
+
+// A caption shown as written: a single "&" would mark a shortcut and vanish; doubled it shows as
+// itself.
+QString CaptionText(const std::string& caption) {
+  QString shown = QString::fromUtf8(caption.data(), std::ssize(caption));
+  shown.replace(QLatin1Char('&'), QLatin1String("&&"));
+  return shown;
 }
 
 // Qt's bar holds an int; a bound past that range shows as the range's end.
@@ -31,7 +38,9 @@ int ToBarInt(double value) {
 }
 }  // namespace
 
-DesktopLabel::DesktopLabel(DesktopWindow& window) : DesktopUIControl(MakeLabel(window), -1) {}
+DesktopLabel::DesktopLabel(DesktopWindow& window) : DesktopUIControl(MakeLabel(window), -1) {
+  ApplyAlignment();
+}
 
 QLabel* DesktopLabel::label() const {
   return static_cast<QLabel*>(Widget());
@@ -41,6 +50,28 @@ void DesktopLabel::Text(std::string value) {
   Count(Property::Text);
   text_ = std::move(value);
   if (auto* l = label()) l->setText(QString::fromUtf8(text_.data(), std::ssize(text_)));
+}
+
+void DesktopLabel::TextAlignment(Alignment value) {
+  Count(Property::TextAlignment);
+  alignment_ = value;
+  ApplyAlignment();
+}
+
+void DesktopLabel::Multiline(bool value) {
+  Count(Property::Multiline);
+  multiline_ = value;
+  ApplyAlignment();
+}
+
+void DesktopLabel::ApplyAlignment() {
+  QLabel* l = label();
+  if (!l) return;
+  Qt::Alignment horizontal = Qt::AlignLeft;
+  if (alignment_ == Alignment::Center) horizontal = Qt::AlignHCenter;
+  if (alignment_ == Alignment::Right) horizontal = Qt::AlignRight;
+  l->setWordWrap(multiline_);
+  l->setAlignment(horizontal | (multiline_ ? Qt::AlignTop : Qt::AlignVCenter));
 }
 
 DesktopButton::DesktopButton(DesktopWindow& window, std::int64_t index)
@@ -58,14 +89,40 @@ QPushButton* DesktopButton::button() const {
 void DesktopButton::Caption(std::string value) {
   Count(Property::Caption);
   caption_ = std::move(value);
-  // A single "&" would mark a shortcut and vanish; doubled it shows as itself.
-  QString shown = QString::fromUtf8(caption_.data(), std::ssize(caption_));
-  shown.replace(QLatin1Char('&'), QLatin1String("&&"));
-  if (auto* b = button()) b->setText(shown);
+  if (auto* b = button()) b->setText(CaptionText(caption_));
 }
 
 void DesktopButton::AddPressedHandler(std::function<void(DesktopButton&)> handler) {
   pressed_ = std::move(handler);
+}
+
+DesktopCheckBox::DesktopCheckBox(DesktopWindow& window)
+    : DesktopUIControl(new QCheckBox(window.Widget()), -1) {
+  // Qt reports a change by a click and by a write alike, and only a real change.
+  QObject::connect(box(), &QCheckBox::toggled, [this](bool checked) {
+    value_ = checked;
+    if (value_changed_) GuardEvent([this] { value_changed_(*this); });
+  });
+}
+
+QCheckBox* DesktopCheckBox::box() const {
+  return static_cast<QCheckBox*>(Widget());
+}
+
+void DesktopCheckBox::Caption(std::string value) {
+  Count(Property::Caption);
+  caption_ = std::move(value);
+  if (auto* b = box()) b->setText(CaptionText(caption_));
+}
+
+void DesktopCheckBox::Value(bool value) {
+  Count(Property::Value);
+  if (auto* b = box()) b->setChecked(value);
+  value_ = value;
+}
+
+void DesktopCheckBox::AddValueChangedHandler(std::function<void(DesktopCheckBox&)> handler) {
+  value_changed_ = std::move(handler);
 }
 
 DesktopProgressBar::DesktopProgressBar(DesktopWindow& window)

@@ -1,6 +1,6 @@
 #pragma once
-// The controls a window is built from: label, push button and progress bar. Each keeps the
-// values written to it (a read gives what was written) and counts every write; see
+// The controls a window is built from: label, push button, check box and progress bar. Each
+// keeps the values written to it (a read gives what was written) and counts every write; see
 // DesktopUIControl. Main thread only.
 
 #include <cstdint>
@@ -9,6 +9,7 @@
 
 #include "platform/desktop_ui_control.h"
 
+class QCheckBox;
 class QLabel;
 class QPushButton;
 class QProgressBar;
@@ -17,19 +18,30 @@ namespace platform {
 
 class DesktopWindow;
 
-// A multi-line, centred, plain-text label that can't be selected: its text wraps at its width.
+// A plain-text label that can't be selected. One line, left-aligned and centred in its height,
+// unless Multiline: then its text wraps at its width from the top.
 class DesktopLabel : public DesktopUIControl {
  public:
+  enum class Alignment { Default = 0, Left = 1, Center = 2, Right = 3 };
+
   // Makes the label inside `window`; it lives as long as this object or the window.
   explicit DesktopLabel(DesktopWindow& window);
 
   const std::string& Text() const noexcept { return text_; }
   // Shown as plain text, never as markup.
   void Text(std::string value);
+  // Default is Left.
+  Alignment TextAlignment() const noexcept { return alignment_; }
+  void TextAlignment(Alignment value);
+  bool Multiline() const noexcept { return multiline_; }
+  void Multiline(bool value);
 
  private:
+  void ApplyAlignment();
   QLabel* label() const;
   std::string text_;
+  Alignment alignment_ = Alignment::Default;
+  bool multiline_ = false;
 };
 
 // A push button. The caption is shown as it is written ("&" stays an ampersand).
@@ -50,6 +62,30 @@ class DesktopButton : public DesktopUIControl {
   QPushButton* button() const;
   std::string caption_;
   std::function<void(DesktopButton&)> pressed_;
+};
+
+// A check box with its caption beside it.
+class DesktopCheckBox : public DesktopUIControl {
+ public:
+  explicit DesktopCheckBox(DesktopWindow& window);
+
+  // Shown as it is written ("&" stays an ampersand).
+  const std::string& Caption() const noexcept { return caption_; }
+  void Caption(std::string value);
+  // Checked or not, by the user's click or by a write.
+  bool Value() const noexcept { return value_; }
+  void Value(bool value);
+
+  // The handler of the ValueChanged event, given the box. It runs whenever Value changes, by the
+  // user or by a write (writing the value it has changes nothing), after Value has the new value,
+  // through the event guard and to its end. A second call replaces the handler.
+  void AddValueChangedHandler(std::function<void(DesktopCheckBox&)> handler);
+
+ private:
+  QCheckBox* box() const;
+  std::string caption_;
+  bool value_ = false;
+  std::function<void(DesktopCheckBox&)> value_changed_;
 };
 
 // A horizontal bar from 0 to MaximumValue; Indeterminate shows a busy bar instead.

@@ -1,11 +1,17 @@
 #include "platform/desktop_window.h"
 
 #include <algorithm>
+#include <functional>
 
 #include <QCloseEvent>
+#include <QMenuBar>
+#include <QVBoxLayout>
 #include <QWidget>
 
 #include "platform/control_font.h"
+#include "platform/desktop_menu.h"
+#include "platform/event_guard.h"
+#include "platform/run_loop.h"
 
 namespace platform {
 
@@ -16,29 +22,60 @@ Qt::WindowFlags FlagsOf(DesktopWindow::Type type) {
          Qt::WindowTitleHint;
 }
 
-// The widget of a window. A floating window has no close box, and a window manager that shows
-// one all the same, or a close key, can't take it away: only its owner closes it.
+// The top-level widget of a window. A floating window has no close box, and a window manager
+// that shows one all the same, or a close key, can't take it away: only its owner closes it. A
+// document window closes and tells its owner.
 class WindowWidget : public QWidget {
  public:
-  explicit WindowWidget(DesktopWindow::Type type) : QWidget(nullptr, FlagsOf(type)), type_(type) {}
+  WindowWidget(DesktopWindow::Type type, std::function<void()> closing)
+      : QWidget(nullptr, FlagsOf(type)), type_(type), closing_(std::move(closing)) {}
 
  protected:
   void closeEvent(QCloseEvent* event) override {
     if (type_ == DesktopWindow::Type::FloatingGlobal) {
       event->ignore();
-    } else {
-      QWidget::closeEvent(event);
+      return;
     }
+    QWidget::closeEvent(event);
+    if (event->isAccepted()) closing_();
   }
 
  private:
   DesktopWindow::Type type_;
+  std::function<void()> closing_;
 };
+
+std::shared_ptr<DesktopMenuBar> CarriedMenuBar(DesktopWindow::Type type) {
+#ifdef __APPLE__
+  // The screen's menu bar shows the application's; no window carries one.
+  (void)type;
+  return nullptr;
+#else
+  if (type != DesktopWindow::Type::Document || !DesktopApplication::Instance()) return nullptr;
+  return DesktopApplication::Instance()->MenuBar();
+#endif
+}
 }  // namespace
 
-DesktopWindow::DesktopWindow(Type type) : widget_(std::make_unique<WindowWidget>(type)) {
+DesktopWindow::DesktopWindow(Type type)
+    : frame_(std::make_unique<WindowWidget>(type, [this] { Closing(); })),
+      menu_bar_(CarriedMenuBar(type)) {
   // A floating window stays on the screen while another application is active.
-  if (type == Type::FloatingGlobal) widget_->setAttribute(Qt::WA_MacAlwaysShowToolWindow);
+  if (type == Type::FloatingGlobal) frame_->setAttribute(Qt::WA_MacAlwaysShowToolWindow);
+  if (menu_bar_) {
+    // The menu bar above, the client area below it with the controls; the frame's size limits
+    // follow the client area's.
+    auto* layout = new QVBoxLayout(frame_.get());
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->setSizeConstraint(QLayout::SetMinAndMaxSize);
+    menu_bar_widget_ = MakeMenuBar(menu_bar_, frame_.get());
+    layout->setMenuBar(menu_bar_widget_);
+    client_ = new QWidget(frame_.get());
+    layout->addWidget(client_);
+  } else {
+    client_ = frame_.get();
+  }
   ApplySize();
 }
 
@@ -50,7 +87,7 @@ void DesktopWindow::Title(std::string value) {
   // Qt reads "[*]" as the modified marker; doubled it shows as itself.
   QString shown = QString::fromUtf8(title_.data(), std::ssize(title_));
   shown.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
-  widget_->setWindowTitle(shown);
+  frame_->setWindowTitle(shown);
 }
 
 void DesktopWindow::Visible(bool value) {
@@ -110,12 +147,18 @@ void DesktopWindow::Show() {
   if (closed_) return;
   opened_ = true;
   Visible(true);
-  widget_->raise();
+  frame_->raise();
 }
 
 void DesktopWindow::Close() {
+  Closing();
+  frame_->hide();
+}
+
+void DesktopWindow::Closing() {
+  if (closed_) return;
   closed_ = true;
-  widget_->hide();
+  GuardEvent([this] { Event_Closing(); });
 }
 
 void DesktopWindow::ApplySize() {
@@ -126,16 +169,22 @@ void DesktopWindow::ApplySize() {
   const int w = std::clamp(ToWidgetSize(width_), min_w, max_w);
   const int h = std::clamp(ToWidgetSize(height_), min_h, max_h);
   if (resizeable_) {
-    widget_->setMinimumSize(min_w, min_h);
-    widget_->setMaximumSize(max_w, max_h);
-    widget_->resize(w, h);
+    client_->setMinimumSize(min_w, min_h);
+    client_->setMaximumSize(max_w, max_h);
+    client_->resize(w, h);
   } else {
-    widget_->setFixedSize(w, h);
+    client_->setFixedSize(w, h);
+  }
+  if (client_ != frame_.get()) {
+    // The frame is the client area with the menu bar on top, as wide as the client area.
+    frame_->layout()->activate();
+    const int bar = menu_bar_widget_->heightForWidth(w);
+    frame_->resize(w, h + (bar > 0 ? bar : menu_bar_widget_->sizeHint().height()));
   }
 }
 
 void DesktopWindow::ApplyVisible() {
-  if (opened_ && !closed_) widget_->setVisible(visible_);
+  if (opened_ && !closed_) frame_->setVisible(visible_);
 }
 
 }  // namespace platform

@@ -2,7 +2,9 @@
 // A top-level window over a Qt widget. Like the controls, it keeps every property value written
 // to it and counts every write: a read gives what was written even where Qt shows something else
 // (a Height below MinimumHeight shows as MinimumHeight). The code never moves a window: the
-// platform places it when it first comes on the screen. Main thread only.
+// platform places it when it first comes on the screen. A document window carries the
+// application's menu bar above its client area, except on macOS, where the menu bar is the
+// screen's. Main thread only.
 
 #include <cstdint>
 #include <memory>
@@ -10,20 +12,25 @@
 
 #include "platform/write_counts.h"
 
+class QMenuBar;
 class QWidget;
 
 namespace platform {
 
+class DesktopMenuBar;
+
 class DesktopWindow {
  public:
   enum class Type {
-    Document,  // an ordinary window with the platform's frame
+    // An ordinary window with the platform's frame and buttons; the user can close it.
+    Document,
     // Floats above the windows of all applications; a title bar without close, minimise or
     // maximise buttons; no parent. A request to close it from outside is refused.
     FloatingGlobal,
   };
 
-  // Makes the window, not yet on the screen: until Open or Show, writes are only recorded.
+  // Makes the window, not yet on the screen: until Open or Show, writes are only recorded. A
+  // document window takes the application's menu bar as it is now (see MenuBar).
   explicit DesktopWindow(Type type);
   virtual ~DesktopWindow();
   DesktopWindow(const DesktopWindow&) = delete;
@@ -56,21 +63,37 @@ class DesktopWindow {
   // Opens the window if needed, makes Visible true and brings it to the front.
   void Show();
   // Takes the window off the screen for good: it shows no more and takes no more input. The
-  // object and its controls live on until their owner drops them.
+  // object and its controls live on until their owner drops them. Runs Event_Closing first.
   void Close();
   bool Closed() const noexcept { return closed_; }
+
+  // The Closing event: runs once, through the event guard, when the window closes, by Close or
+  // because the user closed a document window. The window goes in any case.
+  virtual void Event_Closing() {}
+
+  // The menu bar this window carries above its client area, or nil: a document window made
+  // while the application had one carries it, except on macOS; other windows never do.
+  const std::shared_ptr<DesktopMenuBar>& MenuBar() const noexcept { return menu_bar_; }
 
   const WriteCounts& Writes() const noexcept { return writes_; }
   void ResetWrites() noexcept { writes_.Reset(); }
 
-  // The widget: the parent of the controls, and for grabbing and driving the window in tests.
-  QWidget* Widget() const noexcept { return widget_.get(); }
+  // The client area's widget: the parent of the controls, Width x Height. Without a menu bar it
+  // is the top-level widget itself.
+  QWidget* Widget() const noexcept { return client_; }
+  // The top-level widget: the client area with the menu bar above it, if the window has one.
+  // For grabbing and driving the whole window in tests.
+  QWidget* Frame() const noexcept { return frame_.get(); }
 
  private:
   void ApplySize();
   void ApplyVisible();
+  void Closing();
 
-  std::unique_ptr<QWidget> widget_;
+  std::unique_ptr<QWidget> frame_;
+  QWidget* client_ = nullptr;
+  QMenuBar* menu_bar_widget_ = nullptr;
+  std::shared_ptr<DesktopMenuBar> menu_bar_;
   std::string title_;
   bool visible_ = true;
   std::int64_t width_ = 100, height_ = 100;

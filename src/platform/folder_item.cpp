@@ -12,6 +12,13 @@
 
 namespace platform {
 
+FolderItem FolderItem::FromNativePath(std::string_view path) {
+  if (path.empty() || path.front() != '/' || path.find('\0') != std::string_view::npos) {
+    throw UnsupportedFormatException("Not a full path: \"" + std::string(path) + "\"");
+  }
+  return FolderItem(std::filesystem::path(std::string(path)));
+}
+
 FolderItem FolderItem::Child(std::string_view name) const {
   return FolderItem(path_ / std::filesystem::path(std::string(name)));
 }

@@ -17,6 +17,10 @@ class FolderItem {
   FolderItem() = default;
   explicit FolderItem(std::filesystem::path path) : path_(std::move(path)) {}
 
+  // The item for a path in the platform's native form, as a user types it. Throws
+  // UnsupportedFormatException when the text is no such path: empty, relative, or holding a NUL.
+  static FolderItem FromNativePath(std::string_view path);
+
   // An item for the child `name` of this folder, whether or not it exists; the name is used as
   // one path component, as given.
   FolderItem Child(std::string_view name) const;

@@ -3,8 +3,10 @@
 #include <cstdio>
 
 #include <QApplication>
+#include <QMenuBar>
 #include <QTimer>
 
+#include "platform/desktop_menu.h"
 #include "platform/event_guard.h"
 
 namespace platform {
@@ -59,6 +61,14 @@ int DesktopApplication::Run() {
 
 void DesktopApplication::AllowAutoQuit(bool allow) {
   QApplication::setQuitOnLastWindowClosed(allow);
+}
+
+void DesktopApplication::MenuBar(std::shared_ptr<DesktopMenuBar> bar) {
+  menu_bar_ = std::move(bar);
+#ifdef __APPLE__
+  // A menu bar without a parent is the screen's.
+  screen_menu_bar_.reset(menu_bar_ ? MakeMenuBar(menu_bar_, nullptr) : nullptr);
+#endif
 }
 
 void Quit(int status) {

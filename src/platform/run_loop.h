@@ -7,9 +7,12 @@
 #include <memory>
 
 class QApplication;
+class QMenuBar;
 class QTimer;
 
 namespace platform {
+
+class DesktopMenuBar;
 
 // The desktop application: owns the Qt application object. A subclass handles Event_Opening,
 // which the loop delivers once, after start-up, through the event guard.
@@ -28,6 +31,11 @@ class DesktopApplication {
   // False: the process does not end when its last window closes.
   void AllowAutoQuit(bool allow);
 
+  // The application's menu bar: on macOS the screen's menu bar shows it from now on; elsewhere
+  // each document window made from now on carries it. Nil: none.
+  void MenuBar(std::shared_ptr<DesktopMenuBar> bar);
+  const std::shared_ptr<DesktopMenuBar>& MenuBar() const noexcept { return menu_bar_; }
+
   virtual void Event_Opening() {}
 
   // The one instance, or nil when none exists.
@@ -35,6 +43,9 @@ class DesktopApplication {
 
  private:
   std::unique_ptr<QApplication> qt_;
+  std::shared_ptr<DesktopMenuBar> menu_bar_;
+  // macOS: the screen's menu bar, a widget without a parent; it goes before the Qt application.
+  std::unique_ptr<QMenuBar> screen_menu_bar_;
 };
 
 // Asks for an orderly end: records the status and makes the run loop return. Works also before

@@ -28,6 +28,8 @@ enum class Property : std::size_t {
   Indeterminate,
   MaximumValue,
   Value,
+  TextAlignment,
+  Multiline,
   Count_
 };
 

@@ -42,6 +42,8 @@ void wProgress::CreateControls() {
 
   Label1_ = std::make_unique<platform::DesktopLabel>(*this);
   progress_helpers::set_rect(*Label1_, 20, -198, 490, 154);
+  Label1_->Multiline(true);
+  Label1_->TextAlignment(platform::DesktopLabel::Alignment::Center);
   Label1_->Visible(false);
 
   for (std::int64_t i = 0; i < kButtons; ++i) {

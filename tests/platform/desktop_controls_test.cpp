@@ -81,6 +81,7 @@ TEST(TextMeasurerTest, MeasuresAsTheControlsDraw) {
   DesktopWindow window(DesktopWindow::Type::Document);
   platform::DesktopLabel label(window);
   const std::string text = "A message long enough to wrap onto several lines in a narrow label.";
+  label.Multiline(true);
   label.Text(text);
   const auto measurer = platform::FontMetricsMeasurer();
   const auto* qt_label = static_cast<QLabel*>(label.Widget());
