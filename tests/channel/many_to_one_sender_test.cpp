@@ -3,10 +3,12 @@
 #include "channel/many_to_one_sender.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
 #include "channel/lock_file.h"
+#include "channel/many_to_one_receiver.h"
 #include "channel_fixture.h"
 #include "platform/exceptions.h"
 
@@ -41,6 +43,45 @@ TEST_F(SenderTest, OpHoldsTheEntryLockForExactlyItsOwnLife) {
   op.reset();
   EXPECT_FALSE(std::filesystem::exists(EntryLock("ch")));
   EXPECT_TRUE(std::filesystem::is_directory(Folder("ch")));  // the folder stays for good
+}
+
+TEST_F(SenderTest, ChannelFolderAndDataFileArePrivateToTheUser) {
+  MakeSender("ch")->op()->write("secret");
+  const struct {
+    std::filesystem::path path;
+    unsigned mode;
+  } rows[] = {{Folder("ch"), 0700}, {Data("ch"), 0600}};
+  for (const auto& row : rows) {
+    struct stat st;
+    ASSERT_EQ(::stat(row.path.c_str(), &st), 0) << row.path;
+    EXPECT_EQ(st.st_mode & 0777, row.mode) << row.path;
+  }
+}
+
+TEST_F(SenderTest, SymbolicLinkAtTheDataFileIsRefusedByBothEnds) {
+  auto sock = many_to_one::receiver::make("ch", log_file::make_null());
+  ASSERT_NE(sock, nullptr);
+  std::filesystem::create_directories(Folder("ch"));
+  const auto target = root() / "elsewhere";
+  for (bool target_exists : {true, false}) {
+    SCOPED_TRACE(target_exists ? "link to a file" : "dangling link");
+    if (target_exists) qem_test::WriteFile(target, "theirs");
+    std::filesystem::create_symlink(target, Data("ch"));
+    try {
+      MakeSender("ch")->op()->write("mine");
+      ADD_FAILURE() << "written through a symbolic link";
+    } catch (const platform::NilObjectException& e) {
+      std::string what = e.what();
+      EXPECT_NE(what.find(Data("ch").string()), std::string::npos) << what;
+      EXPECT_NE(what.find("symbolic link"), std::string::npos) << what;
+    }
+    EXPECT_THROW(sock->op()->read(), platform::NilObjectException);
+    EXPECT_EQ(sock->buffer(), "");
+    EXPECT_EQ(qem_test::ReadFile(target), target_exists ? "theirs" : "<missing>");
+    EXPECT_TRUE(std::filesystem::is_symlink(Data("ch")));
+    std::filesystem::remove(Data("ch"));
+    std::filesystem::remove(target);
+  }
 }
 
 TEST_F(SenderTest, FaultsLeaveTheOpAndReleaseTheEntryLock) {
