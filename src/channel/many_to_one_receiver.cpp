@@ -100,8 +100,9 @@ void receiver_op::flush_file_to_buffer() {
   if (!file.Exists()) return;
   auto stream = file.OpenAsTextFile(platform::Access::Private);
   if (!stream) {
+    const int error = errno;
     throw platform::NilObjectException("Cannot open " + file.NativePath() + ": " +
-                                       platform::OpenFailure(errno));
+                                       platform::OpenFailure(error));
   }
   sock().buffer_ += stream->ReadAll();
   stream->Close();

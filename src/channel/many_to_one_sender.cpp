@@ -49,8 +49,9 @@ void sender_op::write(const std::string& text) {
     // The stream lives only in this block: the file is closed before write returns.
     auto stream = data_file().AppendToTextFile(platform::Access::Private);
     if (!stream) {
+      const int error = errno;
       throw platform::NilObjectException("Cannot open " + path +
-                                         " for appending: " + platform::OpenFailure(errno));
+                                         " for appending: " + platform::OpenFailure(error));
     }
     stream->Write(record);
   }
