@@ -11,38 +11,26 @@ namespace {
 
 class FolderItemTest : public qem_test::TempEnvTest {};
 
-TEST_F(FolderItemTest, TemporaryFolderIsTmpdirElseTmpAndNothingElse) {
-  const std::string own = tmp().string(), gone = (root() / "gone").string();
-  const struct {
-    const char* name;
-    const char* tmpdir;  // nullptr: unset
-    std::string expected;
-  } rows[] = {
-      {"TMPDIR", own.c_str(), own},
-      // The starting application looks in TMPDIR only; TMP, TEMP and TEMPDIR must not count.
-      {"TMP, TEMP, TEMPDIR without TMPDIR", nullptr, "/tmp"},
-      {"empty TMPDIR", "", "/tmp"},
-      {"TMPDIR that is gone: its path, no error", gone.c_str(), gone},
-  };
-  const std::string elsewhere = root().string();
-  qem_test::ScopedEnv tmp_var("TMP", elsewhere.c_str()), temp_var("TEMP", elsewhere.c_str()),
-      tempdir_var("TEMPDIR", elsewhere.c_str());
-  for (const auto& row : rows) {
-    qem_test::ScopedEnv tmpdir("TMPDIR", row.tmpdir);
-    EXPECT_EQ(platform::SpecialFolder::Temporary().NativePath(), row.expected) << row.name;
-  }
-}
-
-TEST_F(FolderItemTest, PreferencesFolderAndEveryParentItMakesArePrivate) {
+TEST_F(FolderItemTest, SpecialFoldersFollowTheEnvironment) {
   EXPECT_EQ(platform::SpecialFolder::Preferences().Path(), prefs());
-  // Without XDG_CONFIG_HOME it is made under HOME, and so is a HOME that is not there yet.
-  qem_test::ScopedEnv config("XDG_CONFIG_HOME", nullptr);
-  qem_test::ScopedEnv home("HOME", (root() / "new" / "home").c_str());
-  auto made = platform::SpecialFolder::Preferences();
-  EXPECT_EQ(made.Path(), root() / "new" / "home" / ".config");
-  for (auto path : {root() / "new", root() / "new" / "home", made.Path()}) {
+  // The temporary folder is TMPDIR, else /tmp: the starting application never reads TMP.
+  ::setenv("TMP", root().c_str(), 1);
+  const std::string own = tmp().string(), gone = (root() / "gone").string();
+  for (const char* tmpdir : {own.c_str(), "", gone.c_str()}) {
+    ::setenv("TMPDIR", tmpdir, 1);
+    EXPECT_EQ(platform::SpecialFolder::Temporary().NativePath(), *tmpdir ? tmpdir : "/tmp");
+  }
+  ::unsetenv("TMPDIR");
+  EXPECT_EQ(platform::SpecialFolder::Temporary().NativePath(), "/tmp");
+  ::unsetenv("TMP");
+  // Without XDG_CONFIG_HOME the preferences folder is made under HOME with mode 0700, and so is
+  // every parent made for it.
+  ::unsetenv("XDG_CONFIG_HOME");
+  ::setenv("HOME", (root() / "new").c_str(), 1);
+  EXPECT_EQ(platform::SpecialFolder::Preferences().Path(), root() / "new" / ".config");
+  for (auto path : {root() / "new", root() / "new" / ".config"}) {
     struct stat st;
-    ASSERT_EQ(::stat(path.c_str(), &st), 0) << path;
+    ASSERT_EQ(::stat(path.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0700u) << path;
   }
 }

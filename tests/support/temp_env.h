@@ -27,20 +27,6 @@ class TempEnvTest : public ::testing::Test {
   std::unique_ptr<PrivateFolders> folders_;
 };
 
-// Sets (or, with nullptr, unsets) one environment variable for the life of the object, and puts
-// the old value back afterwards; child processes started meanwhile see the new value.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value);
-  ~ScopedEnv();
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  std::string name_, saved_;
-  bool had_;
-};
-
 // The whole content of a file, or "<missing>" when it can't be read.
 std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& content);
