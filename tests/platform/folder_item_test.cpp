@@ -14,15 +14,16 @@ class FolderItemTest : public qem_test::TempEnvTest {};
 TEST_F(FolderItemTest, SpecialFoldersFollowTheEnvironment) {
   EXPECT_EQ(platform::SpecialFolder::Preferences().Path(), prefs());
   // The temporary folder is TMPDIR, else /tmp: the starting application never reads TMP.
-  ::setenv("TMP", root().c_str(), 1);
   const std::string own = tmp().string(), gone = (root() / "gone").string();
+  ::unsetenv("TMPDIR");
+  ::setenv("TMP", own.c_str(), 1);  // not restored by the fixture: unset at once below
+  std::string found = platform::SpecialFolder::Temporary().NativePath();
+  ::unsetenv("TMP");
+  EXPECT_EQ(found, "/tmp");
   for (const char* tmpdir : {own.c_str(), "", gone.c_str()}) {
     ::setenv("TMPDIR", tmpdir, 1);
     EXPECT_EQ(platform::SpecialFolder::Temporary().NativePath(), *tmpdir ? tmpdir : "/tmp");
   }
-  ::unsetenv("TMPDIR");
-  EXPECT_EQ(platform::SpecialFolder::Temporary().NativePath(), "/tmp");
-  ::unsetenv("TMP");
   // Without XDG_CONFIG_HOME the preferences folder is made under HOME with mode 0700, and so is
   // every parent made for it.
   ::unsetenv("XDG_CONFIG_HOME");
