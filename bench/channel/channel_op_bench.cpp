@@ -100,6 +100,9 @@ void Burst(int senders, int per_sender, bool one_per_op) {
   const int total = senders * per_sender;
   double start = platform::Microseconds();
   std::vector<pid_t> children;
+  // The senders are forked after this process has drawn its waits (the idle cycle above), so
+  // they start from a copy of its generator; each seeds its own anew after the fork and retries
+  // on its own time, as separately started senders do.
   for (int tag = 0; tag < senders; ++tag) {
     pid_t pid = ::fork();
     if (pid == 0) SenderProcess(id, tag, per_sender);

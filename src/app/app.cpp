@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include "app/folder_check.h"
 #include "app/main_menu_bar.h"
 #include "app/misc.h"
 #include "app/names.h"
@@ -45,6 +46,11 @@ void App::Event_Opening() {
   if (Refused("stay-alive-key", stay_alive_key, false) || Refused("channel", channel, true) ||
       Refused("reply-channel", reply_channel, true) || Refused("launch-key", launch_key, false)) {
     platform::Quit(2);
+    return;
+  }
+  if (auto refusal = folder_check::refusal()) {
+    std::fprintf(stderr, "%s\n", refusal->c_str());
+    platform::Quit(4);
     return;
   }
   util = std::make_unique<qem_util>(stay_alive_key, channel, reply_channel, launch_key);

@@ -18,7 +18,9 @@ class App : public platform::DesktopApplication {
   // The choice of mode, once, from the run loop. Test mode: the console, which runs until it is
   // closed; no other option is read. Server mode: the three required options must be non-empty
   // (else Quit(0) with no word and no file touched) and every name must stay inside its folder
-  // (else one stderr line and Quit(2)); then the server is made and runs from the timer.
+  // (else one stderr line and Quit(2)); the temporary and preferences folders must be usable
+  // (else one stderr line naming the folder and Quit(4), no file touched); then the server is
+  // made and runs from the timer.
   void Event_Opening() override;
 
  private:

@@ -71,8 +71,28 @@ lock_file::~lock_file() {
   if (failed()) return;
   // Unlink while the lock is still held, then close: a contender that opened the old file in
   // between finds the name gone or pointing elsewhere and does not count its lock.
-  f.Delete();
+  //
+  // The peer releases the other way round, close first and delete after. A lock of ours taken
+  // between those two steps passes the attempt's check, then loses its name to the peer's
+  // delete, and a newer party makes a new file and holds it too: two holders that nothing on
+  // this side can see coming. Deleting by path here would then take the newer holder's file,
+  // and a fourth party would get in beside it; so the name goes only while it is still ours,
+  // and one bad moment stays one.
+  //
+  // What remains: the name can still change hands between the check and the unlink, when the
+  // peer's late delete and a newer holder's create both fall into those microseconds, and only
+  // for a lock that was itself taken inside the peer's release. There is no unlink that names
+  // the file it means, so this window can be narrowed but not closed.
+  if (named()) f.Delete();
   ::close(static_cast<int>(hdl));
+}
+
+bool lock_file::named() const {
+  if (failed()) return false;
+  struct stat held, at_path;
+  return ::fstat(static_cast<int>(hdl), &held) == 0 &&
+         ::lstat(f.NativePath().c_str(), &at_path) == 0 && held.st_dev == at_path.st_dev &&
+         held.st_ino == at_path.st_ino;
 }
 
 bool lock_file::is_contention(int error_number) {

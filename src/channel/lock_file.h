@@ -17,8 +17,10 @@ class lock_file {
   // path to `log`. Success or failure is read through failed(). Throws NilObjectException on a
   // nil log.
   lock_file(const platform::FolderItem& file, std::shared_ptr<log_file> log);
-  // When the lock was obtained: deletes the file while still holding it, then closes it.
-  // A failed attempt touches nothing.
+  // When the lock was obtained: deletes the file while still holding it, then closes it; the
+  // delete only happens while the name still belongs to this lock's file (see named), so a lock
+  // that lost its name never takes a newer holder's file with it. A failed attempt touches
+  // nothing.
   virtual ~lock_file();
   lock_file(const lock_file&) = delete;
   lock_file& operator=(const lock_file&) = delete;
@@ -28,11 +30,16 @@ class lock_file {
   virtual std::string nativepath() const { return f.NativePath(); }
   // The errno of a failed attempt (EWOULDBLOCK when somebody else holds the lock); 0 if held.
   int error_number() const { return error_; }
+  // True while the path still names the file this lock holds. It turns false when a peer that
+  // releases by closing first and deleting after let go just as this lock was taken: from then
+  // on a newer party can hold a lock of the same name at the same time. False for a failed
+  // attempt. Looks at the disk afresh on every call.
+  bool named() const;
 
   // One attempt: the held lock, or nil for every failure. Never throws for the attempt itself.
   static std::shared_ptr<lock_file> make(const platform::FolderItem& file,
                                          std::shared_ptr<log_file> log);
-  // The same on the child `name` of the temporary folder.
+  // The same on the child `name` of the temporary folder; nil also when that folder is missing.
   static std::shared_ptr<lock_file> make(const std::string& name, std::shared_ptr<log_file> log);
 
   // Blocks the calling thread until the lock is obtained: sleeps 33 to 65 ms before each

@@ -35,7 +35,7 @@ platform::FolderItem base_op::data_file() const {
 
 void base_op::ensure_folder() const {
   auto dir = folder();
-  if (!dir.Exists()) dir.CreateFolder();
+  if (!dir.Exists()) dir.CreateFolder(platform::Access::Private);
 }
 
 platform::FolderItem base_op::folder() const {

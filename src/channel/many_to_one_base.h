@@ -62,13 +62,20 @@ class base_op {
   base_op(const base_op&) = delete;
   base_op& operator=(const base_op&) = delete;
 
-  // "data" in the channel folder, whether or not it exists.
+  // "data" in the channel folder, whether or not it exists. Both ends open it with
+  // platform::Access::Private: made 0600, never read or written through a symbolic link.
   virtual platform::FolderItem data_file() const;
-  // Creates the channel folder if it is missing; IOException when that fails.
+  // Creates the channel folder, private to the user (0700), if it is missing; IOException when
+  // that fails.
   virtual void ensure_folder() const;
   // The channel folder "qem.many_to_one.<id>.dir" in the preferences folder.
   virtual platform::FolderItem folder() const;
   virtual base& sock() const { return *sock_; }
+  // True while the entry lock still has its name, and so this op is alone on the channel. False
+  // when a peer that releases by closing first and deleting after let go just as this op took
+  // the lock: another party may then be inside the channel at the same time, and nothing may be
+  // deleted that it could be writing to. Looks at the disk afresh on every call.
+  bool entry_lock_named() const { return lock->named(); }
 
  protected:
   std::shared_ptr<lock_file> lock;

@@ -1,5 +1,7 @@
 #include "channel/many_to_one_receiver.h"
 
+#include <cerrno>
+
 #include "platform/clock.h"
 #include "platform/exceptions.h"
 #include "platform/text.h"
@@ -96,15 +98,25 @@ receiver& receiver_op::sock() const {
 void receiver_op::flush_file_to_buffer() {
   auto file = data_file();
   if (!file.Exists()) return;
-  auto stream = file.OpenAsTextFile();
-  if (!stream) throw platform::NilObjectException("Cannot open " + file.NativePath());
+  auto stream = file.OpenAsTextFile(platform::Access::Private);
+  if (!stream) {
+    const int error = errno;
+    throw platform::NilObjectException("Cannot open " + file.NativePath() + ": " +
+                                       platform::OpenFailure(error));
+  }
   sock().buffer_ += stream->ReadAll();
   stream->Close();
+  // Under an entry lock that lost its name another party may be appending at this moment, and
+  // what it adds after the read would go with the file. Left in place, the records read now
+  // come again with the next flush: twice, never lost. What remains is the moment between this
+  // check and the delete, should the name be lost just then (see ~lock_file).
+  if (!entry_lock_named()) return;
   file.Delete();
 }
 
 void receiver_op::purge() {
   auto file = data_file();
+  if (!entry_lock_named()) return;  // as in flush_file_to_buffer
   if (file.Exists()) file.Delete();
 }
 

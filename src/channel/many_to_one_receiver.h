@@ -67,11 +67,13 @@ class receiver_op : public base_op {
   explicit receiver_op(std::shared_ptr<receiver> endpoint);
 
   receiver& sock() const override;
-  // Moves the whole data file onto the end of the receiver's buffer and deletes the file.
-  // Throws NilObjectException or IOException when the file can't be opened or read; the file
-  // and the buffer then stay as they were.
+  // Moves the whole data file onto the end of the receiver's buffer and deletes the file; when
+  // the entry lock lost its name the file stays, and its records come again later. Throws
+  // NilObjectException or IOException, saying why, when the file can't be opened (a symbolic
+  // link there is refused) or read; the file and the buffer then stay as they were.
   virtual void flush_file_to_buffer();
-  // Deletes the data file unread; the buffer is not touched.
+  // Deletes the data file unread, unless the entry lock lost its name; the buffer is not
+  // touched.
   virtual void purge();
   // Flushes the file, then hands out the text before the first NUL of the buffer and drops it
   // and the NUL from the buffer. "" when no whole record waits (and for an empty record).

@@ -1,5 +1,7 @@
 #include "channel/many_to_one_sender.h"
 
+#include <cerrno>
+
 #include "platform/exceptions.h"
 #include "platform/text_stream.h"
 
@@ -45,8 +47,12 @@ void sender_op::write(const std::string& text) {
   record.push_back('\0');
   {
     // The stream lives only in this block: the file is closed before write returns.
-    auto stream = data_file().AppendToTextFile();
-    if (!stream) throw platform::NilObjectException("Cannot open " + path + " for appending");
+    auto stream = data_file().AppendToTextFile(platform::Access::Private);
+    if (!stream) {
+      const int error = errno;
+      throw platform::NilObjectException("Cannot open " + path +
+                                         " for appending: " + platform::OpenFailure(error));
+    }
     stream->Write(record);
   }
   log->write("Data: " + LeftCharacters(record, 1000));

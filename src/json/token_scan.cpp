@@ -31,27 +31,33 @@ void Unescape(std::string& text) {
 
 }  // namespace
 
-platform::Variant ScalarValue(std::string text) {
+platform::Variant ScalarValue(std::string_view text) {
   if (platform::EqualsPlain(text, "true")) return true;
   if (platform::EqualsPlain(text, "false")) return false;
   if (!text.empty() && text.front() == '"' && text.back() == '"') {
     // Escapes were resolved first; only now do the quotation marks come off.
     if (text.size() < 2) return std::string();
-    text.pop_back();
-    text.erase(0, 1);
-    return text;
+    return std::string(text.substr(1, text.size() - 2));
   }
   if (platform::EqualsPlain(text, "null")) return nullptr;
   return platform::Val(text);
 }
 
-std::string KeyOf(std::string_view pname) {
+platform::Variant TokenValue(std::string_view token) {
+  if (token.find('\\') == std::string_view::npos) return ScalarValue(token);
+  std::string text(token);
+  Unescape(text);
+  return ScalarValue(text);
+}
+
+std::string_view KeyView(std::string_view pname, std::string& storage) {
   if (!pname.empty() && pname.front() == '"' && pname.back() == '"') {
     pname = pname.size() >= 2 ? pname.substr(1, pname.size() - 2) : std::string_view();
   }
-  std::string key(pname);
-  Unescape(key);
-  return key;
+  if (pname.find('\\') == std::string_view::npos) return pname;
+  storage.assign(pname);
+  Unescape(storage);
+  return storage;
 }
 
 std::string JoinUnescaped(const TokenArray& tokens, std::int32_t first, std::int32_t last) {

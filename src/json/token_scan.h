@@ -77,10 +77,16 @@ void ScanRange(const TokenArray& tokens, const std::vector<std::int32_t>& closer
 // The value of a scalar from its text with escapes resolved: true, false (letter case ignored,
 // whole text), a String when the text is in quotation marks, nil for null, else the Double that
 // Val reads.
-platform::Variant ScalarValue(std::string text);
+platform::Variant ScalarValue(std::string_view text);
+
+// The value of the scalar of one token: ScalarValue of the token with its escapes resolved. A
+// token without a backslash is read in place, without a copy.
+platform::Variant TokenValue(std::string_view token);
 
 // The dictionary key for a raw name: quotation marks off (when it has both), then unescaped.
-std::string KeyOf(std::string_view pname);
+// A view into `pname` when the name holds no backslash, else into `storage`, which then keeps
+// the unescaped key.
+std::string_view KeyView(std::string_view pname, std::string& storage);
 
 // The tokens from first to last run together, with escapes resolved.
 std::string JoinUnescaped(const TokenArray& tokens, std::int32_t first, std::int32_t last);

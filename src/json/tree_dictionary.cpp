@@ -21,7 +21,8 @@ class ChildCollector {
   void add(std::string_view name, platform::Variant value) {
     if (close_ == kObject) {
       if (!dictionary_) dictionary_ = platform::NewDictionary();
-      dictionary_->SetValue(JSON::scan::KeyOf(name), std::move(value));
+      std::string storage;
+      dictionary_->SetValue(JSON::scan::KeyView(name, storage), std::move(value));
     } else if (close_ == kArray) {
       if (!array_) array_ = platform::NewArray();
       array_->push_back(std::move(value));
@@ -71,8 +72,7 @@ class DirectReader {
           children.add(child_name, value(first, last, child_name, child_close, depth + 1));
         },
         [&](std::int32_t index, std::string_view child_name) {
-          children.add(child_name,
-                       JSON::scan::ScalarValue(JSON::scan::JoinUnescaped(tokens_, index, index)));
+          children.add(child_name, JSON::scan::TokenValue(tokens_[index]));
         });
     if (children.has_value()) return children.take();
     std::string text = end < start ? std::string() : JSON::scan::JoinUnescaped(tokens_, start, end);
@@ -100,8 +100,13 @@ platform::Variant JSONExtract::as_variant() {
 namespace JSON {
 
 std::shared_ptr<platform::Dictionary> JSONStringToTreeDictionary(const std::string& json) {
+  // The tokens live only inside this call, so a text with nothing to trim is split in place:
+  // the pointer shares no ownership, and no copy is made.
+  const std::string_view trimmed = platform::TrimView(json);
   const TokenArray tokens =
-      JSON_Split(std::make_shared<const std::string>(platform::TrimView(json)));
+      JSON_Split(trimmed.size() == json.size() ? std::shared_ptr<const std::string>(
+                                                     std::shared_ptr<const std::string>(), &json)
+                                               : std::make_shared<const std::string>(trimmed));
   // Fewer than three tokens leave the tree empty, and an empty tree reads as a number.
   if (tokens.size() < 3) return platform::NewDictionary();
   const std::vector<std::int32_t> closer = scan::MatchClosers(tokens);

@@ -10,7 +10,9 @@ double Microseconds() noexcept;
 // wait never re-enters the event loop.
 void SleepCurrent(int milliseconds) noexcept;
 
-// A random double from 0 up to, not including, 1, from one generator seeded at first use.
+// A random double from 0 up to, not including, 1, from the process's one generator. It is seeded
+// from the system's entropy source at first use, and again in a child after fork, so that no two
+// processes draw the same waits and retry in step.
 double Rnd() noexcept;
 
 }  // namespace platform

@@ -60,6 +60,8 @@ void Dictionary::SetValue(std::string_view key, Variant value) {
     entries_[position].second = std::move(value);
     return;
   }
+  // Most dictionaries hold a few keys: room for four at once spares the first regrowths.
+  if (entries_.empty()) entries_.reserve(4);
   entries_.emplace_back(std::string(key), std::move(value));
   if (entries_.size() == kScanLimit + 1) {
     Reindex();

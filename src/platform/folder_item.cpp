@@ -33,8 +33,8 @@ bool FolderItem::IsFolder() const {
   return ::stat(path_.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-void FolderItem::CreateFolder() const {
-  if (::mkdir(path_.c_str(), 0777) != 0) {
+void FolderItem::CreateFolder(Access access) const {
+  if (::mkdir(path_.c_str(), access == Access::Private ? 0700 : 0777) != 0) {
     int error = errno;
     throw IOException("Cannot create folder " + NativePath() + ": " + std::strerror(error), error);
   }
@@ -48,49 +48,55 @@ void FolderItem::Delete() const noexcept {
 #endif
 }
 
-std::shared_ptr<TextOutputStream> FolderItem::AppendToTextFile() const {
-  return TextOutputStream::Append(*this);
+std::shared_ptr<TextOutputStream> FolderItem::AppendToTextFile(Access access) const {
+  return TextOutputStream::Append(*this, access);
 }
 
-std::shared_ptr<TextInputStream> FolderItem::OpenAsTextFile() const {
-  return TextInputStream::Open(*this);
+std::shared_ptr<TextInputStream> FolderItem::OpenAsTextFile(Access access) const {
+  return TextInputStream::Open(*this, access);
 }
 
 namespace SpecialFolder {
 
-FolderItem Temporary() {
-  std::error_code error;
-  auto path = std::filesystem::temp_directory_path(error);
-  if (error) throw IOException("No temporary folder: " + error.message(), error.value());
-  return FolderItem(path);
+namespace {
+
+// Makes `path` and whatever parents it lacks, each with mode 0700; a folder already there is
+// left as it is. Throws IOException naming the folder that could not be made.
+void MakePrivateFolders(const std::filesystem::path& path) {
+  struct stat st;
+  if (::stat(path.c_str(), &st) == 0) return;
+  if (path.has_parent_path() && path.parent_path() != path) MakePrivateFolders(path.parent_path());
+  if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
+    int error = errno;
+    throw IOException(
+        "Cannot create preferences folder " + path.string() + ": " + std::strerror(error), error);
+  }
 }
 
-FolderItem Preferences() {
-  std::filesystem::path path;
+}  // namespace
+
+FolderItem Temporary() {
+  const char* folder = std::getenv("TMPDIR");
+  return FolderItem(folder && *folder ? std::filesystem::path(folder) : "/tmp");
+}
+
+FolderItem PreferencesLocation() {
   const char* home = std::getenv("HOME");
 #ifdef __APPLE__
   if (!home || !*home) throw NilObjectException("No home folder for the preferences folder");
-  path = std::filesystem::path(home) / "Library" / "Preferences";
+  return FolderItem(std::filesystem::path(home) / "Library" / "Preferences");
 #else
   const char* config = std::getenv("XDG_CONFIG_HOME");
-  if (config && *config == '/') {
-    path = config;
-  } else {
-    if (!home || !*home) throw NilObjectException("No home folder for the preferences folder");
-    path = std::filesystem::path(home) / ".config";
-  }
+  if (config && *config == '/') return FolderItem(config);
+  if (!home || !*home) throw NilObjectException("No home folder for the preferences folder");
+  return FolderItem(std::filesystem::path(home) / ".config");
 #endif
-  struct stat st;
-  if (::stat(path.c_str(), &st) != 0) {
-    std::error_code ignored;
-    std::filesystem::create_directories(path.parent_path(), ignored);
-    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-      int error = errno;
-      throw IOException(
-          "Cannot create preferences folder " + path.string() + ": " + std::strerror(error), error);
-    }
-  }
-  return FolderItem(path);
+}
+
+FolderItem Preferences() {
+  FolderItem folder = PreferencesLocation();
+  MakePrivateFolders(folder.Path());
+  return folder;
 }
 
 }  // namespace SpecialFolder

@@ -12,6 +12,12 @@ namespace platform {
 class TextOutputStream;
 class TextInputStream;
 
+// Who may use what is made or opened through a FolderItem. Shared: folders 0777 and files 0666,
+// less the umask, and symbolic links are followed. Private: the user alone (folders 0700, files
+// 0600), and a symbolic link in the last path component is refused (the open fails with ELOOP),
+// so nothing is ever read or written through one planted there.
+enum class Access { Shared, Private };
+
 class FolderItem {
  public:
   FolderItem() = default;
@@ -32,26 +38,33 @@ class FolderItem {
   // True when something is on disk under this path (a dangling symbolic link counts).
   bool Exists() const;
   bool IsFolder() const;
-  // Creates the folder (mode 0777 less the umask); throws IOException naming the path on failure.
-  void CreateFolder() const;
+  // Creates the folder (see Access for its mode); throws IOException naming the path on failure.
+  void CreateFolder(Access access = Access::Shared) const;
   // Removes the file or empty folder; gives no word on failure.
   void Delete() const noexcept;
 
-  // A stream that appends to the file, creating it if missing; nil when it can't be opened.
-  std::shared_ptr<TextOutputStream> AppendToTextFile() const;
-  // A stream on the existing file; nil when it can't be opened.
-  std::shared_ptr<TextInputStream> OpenAsTextFile() const;
+  // A stream that appends to the file, creating it if missing; nil when it can't be opened, with
+  // errno telling why.
+  std::shared_ptr<TextOutputStream> AppendToTextFile(Access access = Access::Shared) const;
+  // A stream on the existing file; nil when it can't be opened, with errno telling why.
+  std::shared_ptr<TextInputStream> OpenAsTextFile(Access access = Access::Shared) const;
 
  private:
   std::filesystem::path path_;
 };
 
 namespace SpecialFolder {
-// The temporary folder: TMPDIR, else /tmp. Throws IOException if none can be found.
+// The temporary folder: $TMPDIR when set and not empty, else /tmp, and nothing else: the
+// starting application looks there for the locks named by bare strings. Whether it exists is
+// not checked here; never throws.
 FolderItem Temporary();
-// The user's preferences folder: $HOME/Library/Preferences on macOS, elsewhere $XDG_CONFIG_HOME,
-// else $HOME/.config. Created (mode 0700) when missing. Throws NilObjectException when no
-// home can be found and IOException when the folder can't be made.
+// Where the user's preferences folder is: $HOME/Library/Preferences on macOS, elsewhere
+// $XDG_CONFIG_HOME (when absolute), else $HOME/.config. Makes nothing. Throws
+// NilObjectException when no home can be found.
+FolderItem PreferencesLocation();
+// The preferences folder, made when missing: it and every parent made for it get mode 0700.
+// Throws NilObjectException when no home can be found and IOException naming the folder when it
+// can't be made.
 FolderItem Preferences();
 }  // namespace SpecialFolder
 

@@ -11,25 +11,34 @@
 namespace platform {
 
 namespace {
-int OpenForAppend(const FolderItem& file) {
-  return ::open(file.NativePath().c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+int OpenForAppend(const FolderItem& file, Access access) {
+  const bool mine = access == Access::Private;
+  return ::open(file.NativePath().c_str(),
+                O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | (mine ? O_NOFOLLOW : 0),
+                mine ? 0600 : 0666);
 }
 std::string Describe(const std::string& what, const std::string& path, int error) {
   return what + " " + path + ": " + std::strerror(error);
 }
 }  // namespace
 
-std::shared_ptr<TextOutputStream> TextOutputStream::Open(const FolderItem& file) {
-  int fd = OpenForAppend(file);
+std::string OpenFailure(int error_number) {
+  if (error_number == ELOOP) return "it is a symbolic link, which is refused";
+  return std::strerror(error_number);
+}
+
+std::shared_ptr<TextOutputStream> TextOutputStream::Open(const FolderItem& file, Access access) {
+  int fd = OpenForAppend(file, access);
   if (fd < 0) {
     int error = errno;
-    throw IOException(Describe("Cannot open", file.NativePath(), error), error);
+    throw IOException("Cannot open " + file.NativePath() + ": " + OpenFailure(error), error);
   }
   return std::shared_ptr<TextOutputStream>(new TextOutputStream(fd, file.NativePath()));
 }
 
-std::shared_ptr<TextOutputStream> TextOutputStream::Append(const FolderItem& file) noexcept {
-  int fd = OpenForAppend(file);
+std::shared_ptr<TextOutputStream> TextOutputStream::Append(const FolderItem& file,
+                                                           Access access) noexcept {
+  int fd = OpenForAppend(file, access);
   if (fd < 0) return nullptr;
   return std::shared_ptr<TextOutputStream>(new TextOutputStream(fd, file.NativePath()));
 }
@@ -64,8 +73,10 @@ void TextOutputStream::Flush() {
   }
 }
 
-std::shared_ptr<TextInputStream> TextInputStream::Open(const FolderItem& file) noexcept {
-  int fd = ::open(file.NativePath().c_str(), O_RDONLY | O_CLOEXEC);
+std::shared_ptr<TextInputStream> TextInputStream::Open(const FolderItem& file,
+                                                       Access access) noexcept {
+  int fd = ::open(file.NativePath().c_str(),
+                  O_RDONLY | O_CLOEXEC | (access == Access::Private ? O_NOFOLLOW : 0));
   if (fd < 0) return nullptr;
   return std::shared_ptr<TextInputStream>(new TextInputStream(fd, file.NativePath()));
 }

@@ -13,11 +13,13 @@ namespace platform {
 
 class TextOutputStream {
  public:
-  // Opens the file for appending, creating it if missing (mode 0666 less the umask).
-  // Throws IOException with the errno when that fails.
-  static std::shared_ptr<TextOutputStream> Open(const FolderItem& file);
-  // The same, but gives nil instead of throwing.
-  static std::shared_ptr<TextOutputStream> Append(const FolderItem& file) noexcept;
+  // Opens the file for appending, creating it if missing (its mode and the handling of a
+  // symbolic link follow `access`). Throws IOException with the errno when that fails.
+  static std::shared_ptr<TextOutputStream> Open(const FolderItem& file,
+                                                Access access = Access::Shared);
+  // The same, but gives nil instead of throwing, with errno telling why.
+  static std::shared_ptr<TextOutputStream> Append(const FolderItem& file,
+                                                  Access access = Access::Shared) noexcept;
 
   ~TextOutputStream();
   TextOutputStream(const TextOutputStream&) = delete;
@@ -40,8 +42,10 @@ class TextOutputStream {
 
 class TextInputStream {
  public:
-  // Opens an existing file for reading; nil when it can't be opened.
-  static std::shared_ptr<TextInputStream> Open(const FolderItem& file) noexcept;
+  // Opens an existing file for reading; nil when it can't be opened, with errno telling why.
+  // With Access::Private a symbolic link is refused.
+  static std::shared_ptr<TextInputStream> Open(const FolderItem& file,
+                                               Access access = Access::Shared) noexcept;
 
   ~TextInputStream();
   TextInputStream(const TextInputStream&) = delete;
@@ -57,5 +61,9 @@ class TextInputStream {
   int fd_;
   std::string path_;
 };
+
+// Why an open failed, in words, for an error message: the system's text, except for the error
+// that a Private open gives on a symbolic link, which is named as such.
+std::string OpenFailure(int error_number);
 
 }  // namespace platform

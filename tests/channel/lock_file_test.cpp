@@ -53,6 +53,10 @@ TEST_F(LockFileTest, AttemptsThatCanNeverSucceedGiveNilAndTheWaitsThrowAtOnce) {
                  platform::IOException);
   }
   EXPECT_FALSE(std::filesystem::exists(root() / "missing"));
+  // The name forms in a temporary folder that is gone: nil again, never an exception.
+  ::setenv("TMPDIR", (root() / "gone").c_str(), 1);
+  EXPECT_NO_THROW(EXPECT_EQ(lock_file::make("l", log_file::make_null()), nullptr));
+  EXPECT_THROW(lock_file::occupy("l", log_file::make_null()), platform::IOException);
 }
 
 }  // namespace

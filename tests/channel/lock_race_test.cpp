@@ -1,18 +1,32 @@
-// The release race, driven through the real attempt: a party that opened the old file just before
-// its holder let go must not count its lock, whether or not a new holder has come meanwhile.
+// The release race, driven through the real attempt, in both orders of release: ours (delete,
+// then close) and the peer's (close, then delete; played here with raw calls). A party that
+// opened the old file just before its holder let go must not count its lock; a lock that lost
+// its name afterwards must take neither a newer holder's file nor its records with it.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <filesystem>
 
 #include "channel/lock_file.h"
+#include "channel/many_to_one_receiver.h"
+#include "channel/many_to_one_sender.h"
+#include "channel_fixture.h"
 #include "flock_probe.h"
-#include "support/temp_env.h"
 
 namespace {
 
 using platform::FolderItem;
-using LockRaceTest = qem_test::TempEnvTest;
+using LockRaceTest = qem_test::ChannelTest;
+
+// The peer takes a lock: open and flock, as it does. Gives the descriptor.
+int PeerTakes(const std::filesystem::path& path) {
+  int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0777);
+  EXPECT_EQ(::flock(fd, LOCK_EX | LOCK_NB), 0);
+  return fd;
+}
 
 TEST_F(LockRaceTest, PartyThatOpenedTheReleasedFileNeverHolds) {
   for (bool new_holder : {true, false}) {
@@ -35,6 +49,45 @@ TEST_F(LockRaceTest, PartyThatOpenedTheReleasedFileNeverHolds) {
     EXPECT_EQ(std::filesystem::exists(tmp() / "race"), new_holder);
     EXPECT_EQ(lock_file::make(file, log_file::make_null()) == nullptr, new_holder);
   }
+}
+
+TEST_F(LockRaceTest, LockTakenInsideThePeersReleaseCannotCascade) {
+  FolderItem file(tmp() / "race");
+  int a = PeerTakes(file.Path());
+  // B has opened A's file; A closes it now and deletes it only after B's check of the name.
+  qem_test::BeforeNextFlock([&] { ::close(a); });
+  auto b = lock_file::make(file, log_file::make_null());
+  ASSERT_NE(b, nullptr);
+  ::unlink(file.Path().c_str());
+  // Nothing on this side can see it coming: C makes a new file, and B and C both hold.
+  auto c = lock_file::make(file, log_file::make_null());
+  ASSERT_NE(c, nullptr);
+  b.reset();
+  EXPECT_TRUE(std::filesystem::exists(file.Path())) << "B's release deleted C's file";
+  EXPECT_EQ(lock_file::make(file, log_file::make_null()), nullptr) << "D holds while C holds";
+}
+
+TEST_F(LockRaceTest, OpWhoseEntryLockLostItsNameLeavesTheDataFileInPlace) {
+  auto sock = many_to_one::receiver::make("ch", log_file::make_null());
+  ASSERT_NE(sock, nullptr);
+  auto send = [](const char* text) {
+    std::make_shared<many_to_one::sender>("ch", log_file::make_null())->op()->write(text);
+  };
+  send("one");
+  // Our op takes the entry lock between a peer sender's close and its delete; then a sender of
+  // ours gets in beside it and appends.
+  int peer = PeerTakes(EntryLock("ch"));
+  qem_test::BeforeNextFlock([&] { ::close(peer); });
+  auto op = sock->op();
+  ::unlink(EntryLock("ch").c_str());
+  send("two");
+  // Deleting the file now could take records appended under the other lock: it stays, and what
+  // was read comes again.
+  EXPECT_EQ(op->read(), "one");
+  op->purge();
+  EXPECT_EQ(qem_test::ReadFile(Data("ch")), std::string("one\0two\0", 8));
+  op.reset();
+  for (const char* text : {"two", "one", "two", ""}) EXPECT_EQ(sock->op()->read(), text);
 }
 
 TEST_F(LockRaceTest, AwaitOnAHeldLockMakesExactlyOneAttempt) {

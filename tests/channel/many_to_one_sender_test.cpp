@@ -3,10 +3,12 @@
 #include "channel/many_to_one_sender.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
 #include "channel/lock_file.h"
+#include "channel/many_to_one_receiver.h"
 #include "channel_fixture.h"
 #include "platform/exceptions.h"
 
@@ -41,6 +43,31 @@ TEST_F(SenderTest, OpHoldsTheEntryLockForExactlyItsOwnLife) {
   op.reset();
   EXPECT_FALSE(std::filesystem::exists(EntryLock("ch")));
   EXPECT_TRUE(std::filesystem::is_directory(Folder("ch")));  // the folder stays for good
+}
+
+TEST_F(SenderTest, ChannelFilesArePrivateAndASymbolicLinkAtTheDataFileIsRefused) {
+  MakeSender("ch")->op()->write("secret");
+  for (auto [path, mode] : {std::pair{Folder("ch"), 0700u}, std::pair{Data("ch"), 0600u}}) {
+    struct stat st;
+    ASSERT_EQ(::stat(path.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, mode) << path;
+  }
+  // A link planted in the data file's place: neither end writes or reads through it.
+  auto sock = many_to_one::receiver::make("ch", log_file::make_null());
+  std::filesystem::remove(Data("ch"));
+  qem_test::WriteFile(root() / "theirs", "theirs");
+  std::filesystem::create_symlink(root() / "theirs", Data("ch"));
+  try {
+    MakeSender("ch")->op()->write("mine");
+    ADD_FAILURE() << "written through a symbolic link";
+  } catch (const platform::NilObjectException& e) {
+    EXPECT_NE(std::string(e.what()).find(Data("ch").string() + " for appending: it is a symbolic"),
+              std::string::npos)
+        << e.what();
+  }
+  EXPECT_THROW(sock->op()->read(), platform::NilObjectException);
+  EXPECT_EQ(sock->buffer(), "");
+  EXPECT_EQ(qem_test::ReadFile(root() / "theirs"), "theirs");
 }
 
 TEST_F(SenderTest, FaultsLeaveTheOpAndReleaseTheEntryLock) {

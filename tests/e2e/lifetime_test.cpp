@@ -73,6 +73,19 @@ TEST_F(Lifetime, NamesThatLeaveTheirFolderAreRefusedWithOneLineAndStatusTwo) {
   EXPECT_TRUE(Listing(prefs()).empty());
 }
 
+TEST_F(Lifetime, MissingTemporaryFolderIsRefusedWithOneLineAndStatusFour) {
+  auto alive = lock_file::make("alive", log_file::make_null());
+  const std::string gone = (root() / "gone").string();
+  ::setenv("TMPDIR", gone.c_str(), 1);  // for the helper; the fixture puts it back
+  auto helper = StartHelper(ServerArgs());
+  EXPECT_EQ(helper.Wait(10s), 4);
+  std::string said = Stderr();
+  EXPECT_NE(said.find(gone), std::string::npos) << said;
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  EXPECT_FALSE(std::filesystem::exists(gone));
+  EXPECT_TRUE(Listing(prefs()).empty());
+}
+
 TEST_F(Lifetime, TestModeIsChosenBeforeAnyOtherOptionIsRead) {
   auto args = ServerArgs();
   args.push_back("--test=TRUE");

@@ -12,15 +12,28 @@ namespace {
 class FolderItemTest : public qem_test::TempEnvTest {};
 
 TEST_F(FolderItemTest, SpecialFoldersFollowTheEnvironment) {
-  EXPECT_EQ(platform::SpecialFolder::Temporary().Path(), tmp());
   EXPECT_EQ(platform::SpecialFolder::Preferences().Path(), prefs());
-  // Without XDG_CONFIG_HOME the preferences folder is made under HOME with mode 0700.
+  // The temporary folder is TMPDIR, else /tmp: the starting application never reads TMP.
+  const std::string own = tmp().string(), gone = (root() / "gone").string();
+  ::unsetenv("TMPDIR");
+  ::setenv("TMP", own.c_str(), 1);  // not restored by the fixture: unset at once below
+  std::string found = platform::SpecialFolder::Temporary().NativePath();
+  ::unsetenv("TMP");
+  EXPECT_EQ(found, "/tmp");
+  for (const char* tmpdir : {own.c_str(), "", gone.c_str()}) {
+    ::setenv("TMPDIR", tmpdir, 1);
+    EXPECT_EQ(platform::SpecialFolder::Temporary().NativePath(), *tmpdir ? tmpdir : "/tmp");
+  }
+  // Without XDG_CONFIG_HOME the preferences folder is made under HOME with mode 0700, and so is
+  // every parent made for it.
   ::unsetenv("XDG_CONFIG_HOME");
-  auto made = platform::SpecialFolder::Preferences();
-  EXPECT_EQ(made.Path(), root() / ".config");
-  struct stat st;
-  ASSERT_EQ(::stat(made.NativePath().c_str(), &st), 0);
-  EXPECT_EQ(st.st_mode & 0777, 0700u);
+  ::setenv("HOME", (root() / "new").c_str(), 1);
+  EXPECT_EQ(platform::SpecialFolder::Preferences().Path(), root() / "new" / ".config");
+  for (auto path : {root() / "new", root() / "new" / ".config"}) {
+    struct stat st;
+    ASSERT_EQ(::stat(path.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0700u) << path;
+  }
 }
 
 TEST_F(FolderItemTest, StreamsAppendAndReadBytesUnchanged) {

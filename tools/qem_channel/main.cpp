@@ -88,7 +88,8 @@ void PutBack(many_to_one::receiver& sock) {
   if (sock.buffer().empty()) return;
   auto op = sock.op();
   op->flush_file_to_buffer();
-  platform::TextOutputStream::Open(op->data_file())->Write(sock.buffer());
+  platform::TextOutputStream::Open(op->data_file(), platform::Access::Private)
+      ->Write(sock.buffer());
 }
 
 int Receive(const std::string& id, const std::vector<std::string>& rest) {
