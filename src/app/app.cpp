@@ -4,7 +4,7 @@
 #include <string>
 
 #include "app/misc.h"
-#include "app/names.h"
+#include "channel/names.h"
 #include "platform/text.h"
 
 App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {}

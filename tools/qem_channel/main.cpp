@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/names.h"
+#include "channel/names.h"
 #include "channel/log_file.h"
 #include "channel/many_to_one_receiver.h"
 #include "channel/many_to_one_sender.h"
