@@ -29,6 +29,17 @@ base_op::base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log_)
   ensure_folder();
 }
 
+base_op::base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log_,
+                 std::shared_ptr<lock_file> held) {
+  if (!endpoint || !log_ || !held) {
+    throw platform::NilObjectException("many_to_one op needs an endpoint and a lock");
+  }
+  log = std::move(log_);
+  sock_ = std::move(endpoint);
+  lock = std::move(held);
+  ensure_folder();
+}
+
 platform::FolderItem base_op::data_file() const {
   return folder().Child("data");
 }

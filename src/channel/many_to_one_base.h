@@ -52,11 +52,15 @@ class base : public std::enable_shared_from_this<base> {
 // second would wait for ever for the first).
 class base_op {
  public:
-  // Blocks until the entry lock is held (33 to 65 ms at the least, no limit while others hold
-  // it; "Waiting to lock " and "Locked " go to `log`), then makes the channel folder if it is
-  // missing. Throws IOException at once when the lock can never be had or the folder can't be
-  // made; a lock already taken is then released again.
+  // Blocks until the entry lock is held (one attempt when it is free; no limit while others
+  // hold it; "Waiting to lock " and "Locked " go to `log`), then makes the channel folder if it
+  // is missing. Throws IOException at once when the lock can never be had or the folder can't
+  // be made; a lock already taken is then released again.
   base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log);
+  // Enters the critical section with an entry lock that the caller has already taken (`held`,
+  // never nil); makes the channel folder if it is missing, as above. Never waits.
+  base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log,
+          std::shared_ptr<lock_file> held);
   // Releases the entry lock.
   virtual ~base_op() = default;
   base_op(const base_op&) = delete;
