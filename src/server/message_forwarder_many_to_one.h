@@ -12,8 +12,8 @@ class message_forwarder_many_to_one : public message_forwarder {
 
   // Sends `message` through a sender made for this one message: takes the entry lock (blocking
   // only while another process holds it), appends the record, and lets go of the lock before it
-  // returns, so nothing is held between messages. Does not wait for a reader. Exceptions of the channel
-  // (IOException, NilObjectException) pass through to the caller.
+  // returns, so nothing is held between messages. Does not wait for a reader. Exceptions of the
+  // channel (IOException, NilObjectException) pass through to the caller.
   void write(const std::string& message) override;
 
  private:
