@@ -17,6 +17,10 @@ platform::FolderItem base::entry_mutex() const {
   return platform::SpecialFolder::Preferences().Child(kPrefix + id());
 }
 
+platform::FolderItem base::channel_folder() const {
+  return platform::SpecialFolder::Preferences().Child(kPrefix + id() + ".dir");
+}
+
 std::shared_ptr<base_op> base::make_op() {
   throw platform::RuntimeException("many_to_one.base.op is abstract");
 }
@@ -50,7 +54,7 @@ void base_op::ensure_folder() const {
 }
 
 platform::FolderItem base_op::folder() const {
-  return platform::SpecialFolder::Preferences().Child(kPrefix + sock_->id() + ".dir");
+  return sock_->channel_folder();
 }
 
 }  // namespace many_to_one

@@ -34,6 +34,9 @@ class base : public std::enable_shared_from_this<base> {
   // The entry lock's file, worked out anew on each call. Throws when there is no preferences
   // folder (NilObjectException) or it can't be made (IOException).
   virtual platform::FolderItem entry_mutex() const;
+  // The channel folder "qem.many_to_one.<id>.dir", worked out anew on each call; throws like
+  // entry_mutex.
+  platform::FolderItem channel_folder() const;
   virtual const std::string& id() const { return id_; }
   // A new critical section on this channel. Each end gives its own kind; on `base` itself it
   // throws RuntimeException.

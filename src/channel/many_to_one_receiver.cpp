@@ -82,6 +82,10 @@ std::shared_ptr<receiver_op> receiver::op() {
   return std::make_shared<receiver_op>(std::static_pointer_cast<receiver>(shared_from_this()));
 }
 
+bool receiver::data_waiting() const {
+  return channel_folder().Child("data").Exists();
+}
+
 std::shared_ptr<receiver_op> receiver::try_op() {
   if (closed()) return nullptr;
   auto held = lock_file::try_occupy(entry_mutex());

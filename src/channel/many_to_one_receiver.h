@@ -47,6 +47,12 @@ class receiver : public base {
   // never be had. For a caller that must not block, such as a timer tick.
   std::shared_ptr<receiver_op> try_op();
 
+  // True when the data file is on disk: a record may wait. Looked at without the entry lock and
+  // without reading, so it is only a hint: records are read under the entry lock alone. Lets a
+  // caller that polls skip the entry lock (and the making and removing of its file) while
+  // nothing was sent. Throws like entry_mutex when there is no preferences folder.
+  bool data_waiting() const;
+
   // Text that has left the data file and not been handed out: whole records, then possibly an
   // unterminated tail.
   const std::string& buffer() const { return buffer_; }

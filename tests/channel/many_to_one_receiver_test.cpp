@@ -58,9 +58,12 @@ TEST_F(ReceiverTest, EachReadHandsOutTheNextWholeRecord) {
 }
 
 TEST_F(ReceiverTest, ReadAllHandsOutEveryWholeRecordAndKeepsTheTail) {
+  EXPECT_FALSE(sock->data_waiting());
   PutData(std::string("one\0\0three\0tail", 15));
+  EXPECT_TRUE(sock->data_waiting());
   EXPECT_EQ(sock->op()->read_all(), (std::vector<std::string>{"one", "", "three"}));
   EXPECT_EQ(sock->buffer(), "tail");
+  EXPECT_FALSE(sock->data_waiting()) << "the tail is in the buffer, not in the file";
   Send("end");
   EXPECT_EQ(sock->op()->read_all(), std::vector<std::string>{"tailend"});
   EXPECT_EQ(sock->op()->read_all(), std::vector<std::string>{});

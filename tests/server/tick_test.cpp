@@ -159,11 +159,12 @@ TEST_F(ServerTest, AChannelThatCannotBeEnteredIsReportedOnceUntilItWorksAgain) {
   const auto entry = prefs() / "qem.many_to_one.cmd";
   testing::internal::CaptureStderr();
   std::filesystem::create_directory(entry);  // where the entry lock goes: never a lock
+  qem_test::WriteFile(Data(), Create("p1", "A") + '\0');
   for (int i = 0; i < 5; ++i) server->poll();
   std::filesystem::remove(entry);
-  Put({Create("p1", "A")});
   server->poll();
   std::filesystem::create_directory(entry);
+  qem_test::WriteFile(Data(), Set("p1", "B") + '\0');
   server->poll();
   server->poll();
   std::string said = testing::internal::GetCapturedStderr();
