@@ -45,8 +45,8 @@ class qem_util {
   // the message step: one attempt at the command channel's entry lock that, when it succeeds,
   // takes every whole message waiting, and hands messages to process in their order until none
   // is left or 10 ms of the tick are used (the first always runs); the rest wait for the next
-  // tick. Exceptions from
-  // process leave the tick (the event guard reports them); the message that raised one is gone.
+  // tick. Exceptions, from process or from a channel that can't be entered, leave the tick (the
+  // event guard reports them); a message that raised one is gone, the others wait.
   void poll();
 
   // Dispatches one message, the JSON text of one command, by its "obj_id", "cmd" and "type"
@@ -82,8 +82,6 @@ class qem_util {
   std::vector<std::shared_ptr<commandable>> displaced;
   object_table objs;
   std::shared_ptr<lock_file> launched_signal;
-  // What the last failed attempt at the entry lock said; reported once until a read works.
-  std::string channel_fault;
   std::string launch_key;
   std::string stay_alive_key;
   std::string channel;

@@ -64,19 +64,13 @@ bool qem_util::open_channel() {
 }
 
 void qem_util::read_messages(double tick_start) {
-  try {
-    // One attempt, never a wait: while somebody else is in the channel, the messages already
-    // taken are handled and the file is read on a later tick. While no data file is there the
-    // entry lock is not tried at all, which keeps an idle tick to a few system calls.
-    if (sock->data_waiting()) {
-      if (auto op = sock->try_op()) {
-        for (std::string& message : op->read_all()) taken.push_back(std::move(message));
-      }
+  // One attempt, never a wait: while somebody else is in the channel, the messages already
+  // taken are handled and the file is read on a later tick. While no data file is there the
+  // entry lock is not tried at all, which keeps an idle tick to a few system calls.
+  if (sock->data_waiting()) {
+    if (auto op = sock->try_op()) {
+      for (std::string& message : op->read_all()) taken.push_back(std::move(message));
     }
-    channel_fault.clear();
-  } catch (const platform::Exception& error) {
-    // A channel that can't be entered is said once, not on every tick.
-    if (channel_fault != error.what()) Say(channel_fault = error.what());
   }
   // The entry lock is free again before any message is acted on. The first message of a tick
   // runs whatever the reading cost, so that every tick makes progress.

@@ -5,10 +5,12 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "channel/lock_file.h"
+#include "channel/many_to_one_sender.h"
 #include "support/process.h"
 #include "support/temp_env.h"
 
@@ -31,6 +33,11 @@ class HelperTest : public TempEnvTest {
   }
   static bool Occupied(const std::string& name) {
     return lock_file::make(name, log_file::make_null()) == nullptr;
+  }
+  // Sends each message on the command channel "cmd", one op per message.
+  static void Send(const std::vector<std::string>& messages) {
+    auto sock = std::make_shared<many_to_one::sender>("cmd", log_file::make_null());
+    for (const auto& message : messages) sock->op()->write(message);
   }
   static std::vector<std::string> ServerArgs() {
     return {"--stay-alive-key=alive", "--channel=cmd", "--reply-channel=rep",

@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "channel/log_file.h"
-#include "channel/many_to_one_sender.h"
 #include "helper_fixture.h"
 
 namespace {
@@ -29,10 +27,6 @@ class Server : public qem_test::HelperTest {
     HelperTest::SetUp();
     alive = lock_file::make("alive", log_file::make_null());
     ASSERT_NE(alive, nullptr);
-  }
-  static void Send(const std::vector<std::string>& messages) {
-    auto sock = std::make_shared<many_to_one::sender>("cmd", log_file::make_null());
-    for (const auto& message : messages) sock->op()->write(message);
   }
   bool Said(const std::string& text, const std::string& file = "stderr.txt") {
     return WaitUntil([&] { return Stderr(file).find(text) != std::string::npos; }, 20s);
