@@ -42,11 +42,12 @@ class qem_util {
   // One tick; the timer calls it. Never sleeps and never waits for another process: takes the
   // launch lock if not yet held (then holds it for life); tries the stay-alive lock and calls
   // Quit(0) if it could be had, which means the starting application has let go or died; then
-  // the message step: one attempt at the command channel's entry lock that, when it succeeds,
-  // takes every whole message waiting, and hands messages to process in their order until none
-  // is left or 10 ms of the tick are used (the first always runs); the rest wait for the next
-  // tick. Exceptions, from process or from a channel that can't be entered, leave the tick (the
-  // event guard reports them); a message that raised one is gone, the others wait.
+  // the message step: while the channel's data file is there, one attempt at its entry lock
+  // that, when it succeeds, takes every whole message waiting; then messages go to process in
+  // their order until none is left or 10 ms of the tick are used (the first always runs); the
+  // rest wait for the next tick. Exceptions, from process or from a channel that can't be entered,
+  // leave the tick (the event guard reports them); a message that raised one is gone, the others
+  // wait.
   void poll();
 
   // Dispatches one message, the JSON text of one command, by its "obj_id", "cmd" and "type"
