@@ -4,6 +4,7 @@
 // bar is MainMenuBar in both modes.
 
 #include <memory>
+#include <optional>
 
 #include "app/qem_util.h"
 #include "console/qem_util_test.h"
@@ -15,12 +16,16 @@ class App : public platform::DesktopApplication {
   App(int& argc, char** argv);
   ~App() override;
 
+  // Reads and checks the options and the folders, before the GUI application exists; touches no
+  // file. Gives the exit status of a refusal, or nothing when the process goes on. Test mode
+  // goes on. Server mode is refused when one of the three required options is empty (status 0,
+  // no word), a name would leave its folder (one line on stderr naming the option, status 2), or
+  // the temporary or preferences folder can't be used (one line naming the folder, status 4).
+  static std::optional<int> refusal();
+
   // The choice of mode, once, from the run loop. Test mode: the console, which runs until it is
-  // closed; no other option is read. Server mode: the three required options must be non-empty
-  // (else Quit(0) with no word and no file touched) and every name must stay inside its folder
-  // (else one stderr line and Quit(2)); the temporary and preferences folders must be usable
-  // (else one stderr line naming the folder and Quit(4), no file touched); then the server is
-  // made and runs from the timer.
+  // closed. Server mode, with options that refusal() let through: the server is made and runs
+  // from its timer.
   void Event_Opening() override;
 
  private:
