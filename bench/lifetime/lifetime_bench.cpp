@@ -1,6 +1,10 @@
 // Measures, on the real executable:
 //  - the time from exec to the launch lock being taken, median of 20 starts;
-//  - the CPU time per second and the resident memory of an idle helper over 10 s.
+//  - the CPU time per second and the resident memory of an idle helper over 10 s, with no window
+//    and then with 10 progress windows open (offscreen) [goals: under 0.5% of a core, that is
+//    5 ms of CPU per second; under 30 MB resident, and under 5 MB more with 10 windows];
+//  - beside it, the CPU time per second of a bare Qt process whose only work is a 25 ms timer:
+//    what the wake-ups alone cost on this machine.
 // Usage: lifetime_bench [starts] [idle seconds]
 #include <signal.h>
 #include <sys/wait.h>
@@ -12,12 +16,15 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <QApplication>
+#include <QTimer>
+
 #include "channel/lock_file.h"
+#include "channel/many_to_one_sender.h"
 #include "support/private_folders.h"
 
 namespace {
@@ -36,18 +43,23 @@ pid_t StartHelper() {
   return pid;
 }
 
-// Clock ticks of user plus system time of a process, from /proc.
-long CpuTicks(pid_t pid) {
-  std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
-  std::string content((std::istreambuf_iterator<char>(in)), {});
-  std::istringstream fields(content.substr(content.rfind(')') + 2));
-  std::string field;
-  long utime = 0, stime = 0;
-  for (int i = 3; i <= 15 && fields >> field; ++i) {
-    if (i == 14) utime = std::stol(field);
-    if (i == 15) stime = std::stol(field);
+// This program again, as a bare Qt process with one 25 ms timer and nothing else.
+pid_t StartBareTimer() {
+  pid_t pid = ::fork();
+  if (pid == 0) {
+    const char* args[] = {"/proc/self/exe", "--bare-timer", nullptr};
+    ::execv(args[0], const_cast<char* const*>(args));
+    ::_exit(127);
   }
-  return utime + stime;
+  return pid;
+}
+
+// Nanoseconds a process has run on a CPU, from the scheduler's statistics.
+double CpuNanoseconds(pid_t pid) {
+  std::ifstream in("/proc/" + std::to_string(pid) + "/schedstat");
+  double ns = 0;
+  in >> ns;
+  return ns;
 }
 
 std::string StatusLine(pid_t pid, const std::string& key) {
@@ -58,9 +70,31 @@ std::string StatusLine(pid_t pid, const std::string& key) {
   return key + " ?";
 }
 
+// CPU milliseconds per second of a running process over `seconds`.
+double CpuPerSecond(pid_t pid, int seconds) {
+  double before = CpuNanoseconds(pid);
+  auto begin = Clock::now();
+  std::this_thread::sleep_for(std::chrono::seconds(seconds));
+  double ran = CpuNanoseconds(pid) - before;
+  double elapsed = std::chrono::duration<double>(Clock::now() - begin).count();
+  return ran / 1e6 / elapsed;
+}
+
+long RssKb(pid_t pid) {
+  std::string line = StatusLine(pid, "VmRSS:");
+  return line.size() > 6 ? std::atol(line.c_str() + 6) : -1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (argc == 2 && std::string(argv[1]) == "--bare-timer") {
+    QApplication application(argc, argv);
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [] {});
+    timer.start(25);
+    return application.exec();
+  }
   int starts = argc > 1 ? std::atoi(argv[1]) : 20;
   int idle_seconds = argc > 2 ? std::atoi(argv[2]) : 10;
   qem_test::PrivateFolders folders;
@@ -88,16 +122,48 @@ int main(int argc, char** argv) {
   pid_t pid = StartHelper();
   while (!fs::exists(launch_file)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
-  long ticks_before = CpuTicks(pid);
-  auto begin = Clock::now();
-  std::this_thread::sleep_for(std::chrono::seconds(idle_seconds));
-  long ticks = CpuTicks(pid) - ticks_before;
-  double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
-  double cpu_ms = 1000.0 * static_cast<double>(ticks) / static_cast<double>(::sysconf(_SC_CLK_TCK));
-  std::printf("idle helper: %.2f ms CPU per second over %.1f s; %s; %s\n", cpu_ms / seconds,
-              seconds, StatusLine(pid, "VmRSS").c_str(), StatusLine(pid, "VmHWM").c_str());
+  double cpu = CpuPerSecond(pid, idle_seconds);
+  long rss0 = RssKb(pid);
+  std::printf(
+      "idle helper, no window:   %.2f ms CPU per second (%.2f%% of a core) over %d s; "
+      "RSS %.1f MB\n",
+      cpu, cpu / 10.0, idle_seconds, static_cast<double>(rss0) / 1024.0);
+
+  // Windows come in two steps: the first loads fonts and style once, the others show what a
+  // window itself costs.
+  auto sock = std::make_shared<many_to_one::sender>("bench", log_file::make_null());
+  fs::path data = folders.prefs() / "qem.many_to_one.bench.dir" / "data";
+  long rss1 = 0;
+  for (int i = 0; i < 10; ++i) {
+    sock->op()->write(R"({"obj_id":"w)" + std::to_string(i) +
+                      R"(","cmd":"create","type":"wprogress","style":3,"title":"Backup",)"
+                      R"("message":"Copying 1,204 files","progress":0.25,)"
+                      R"("btn_spec":[{"id":"stop","text":"Stop"},{"id":"pause","text":"Pause"}]})");
+    if (i == 0 || i == 9) {
+      while (fs::exists(data)) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      std::this_thread::sleep_for(std::chrono::seconds(1));
+      if (i == 0) rss1 = RssKb(pid);
+    }
+  }
+  cpu = CpuPerSecond(pid, idle_seconds);
+  long rss10 = RssKb(pid);
+  std::printf(
+      "idle helper, 10 windows:  %.2f ms CPU per second (%.2f%% of a core) over %d s; "
+      "RSS %.1f MB (+%.1f MB: +%.1f MB with the first window, +%.0f kB per further "
+      "window)\n",
+      cpu, cpu / 10.0, idle_seconds, static_cast<double>(rss10) / 1024.0,
+      static_cast<double>(rss10 - rss0) / 1024.0, static_cast<double>(rss1 - rss0) / 1024.0,
+      static_cast<double>(rss10 - rss1) / 9.0);
   alive.reset();
   int status;
+  ::waitpid(pid, &status, 0);
+
+  pid = StartBareTimer();
+  std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+  cpu = CpuPerSecond(pid, idle_seconds);
+  std::printf("bare Qt process with a 25 ms timer: %.2f ms CPU per second (%.2f%% of a core)\n",
+              cpu, cpu / 10.0);
+  ::kill(pid, SIGTERM);
   ::waitpid(pid, &status, 0);
   return 0;
 }

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "app/misc.h"
-#include "app/names.h"
+#include "channel/names.h"
 #include "platform/text.h"
 
 App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {}
@@ -25,25 +25,27 @@ bool Refused(const char* option, const std::string& value, bool is_channel) {
 }
 }  // namespace
 
+std::optional<int> App::refusal() {
+  if (platform::EqualsPlain(misc::cmd_line("test"), "true")) return std::nullopt;
+  std::string stay_alive_key = misc::cmd_line("stay-alive-key");
+  std::string channel = misc::cmd_line("channel");
+  std::string reply_channel = misc::cmd_line("reply-channel");
+  std::string launch_key = misc::cmd_line("launch-key");
+  if (stay_alive_key.empty() || channel.empty() || launch_key.empty()) return 0;
+  if (Refused("stay-alive-key", stay_alive_key, false) || Refused("channel", channel, true) ||
+      Refused("reply-channel", reply_channel, true) || Refused("launch-key", launch_key, false)) {
+    return 2;
+  }
+  return std::nullopt;
+}
+
 void App::Event_Opening() {
   if (platform::EqualsPlain(misc::cmd_line("test"), "true")) {
     std::fprintf(stderr, "qem_util: the test console is not part of this build yet\n");
     platform::Quit(1);
     return;
   }
-  std::string stay_alive_key = misc::cmd_line("stay-alive-key");
-  std::string channel = misc::cmd_line("channel");
-  std::string reply_channel = misc::cmd_line("reply-channel");
-  std::string launch_key = misc::cmd_line("launch-key");
-  if (stay_alive_key.empty() || channel.empty() || launch_key.empty()) {
-    platform::Quit(0);
-    return;
-  }
-  if (Refused("stay-alive-key", stay_alive_key, false) || Refused("channel", channel, true) ||
-      Refused("reply-channel", reply_channel, true) || Refused("launch-key", launch_key, false)) {
-    platform::Quit(2);
-    return;
-  }
-  util = std::make_unique<qem_util>(stay_alive_key, channel, reply_channel, launch_key);
+  util = std::make_unique<qem_util>(misc::cmd_line("stay-alive-key"), misc::cmd_line("channel"),
+                                    misc::cmd_line("reply-channel"), misc::cmd_line("launch-key"));
   AllowAutoQuit(false);
 }

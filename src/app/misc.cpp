@@ -1,7 +1,5 @@
 #include "app/misc.h"
 
-#include <unistd.h>
-
 #include "platform/dictionary.h"
 #include "platform/system.h"
 #include "platform/text.h"
@@ -50,7 +48,7 @@ std::string cmd_line(std::string_view key) {
 }
 
 std::int32_t my_process_id() {
-  return static_cast<std::int32_t>(::getpid());
+  return platform::my_process_id();
 }
 
 }  // namespace misc

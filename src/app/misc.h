@@ -19,7 +19,7 @@ std::string cmd_line(std::string_view key);
 // last matching piece, "" for a piece with no "=", and nullopt when no piece matches.
 std::optional<std::string> option_value(std::string_view command_line, std::string_view key);
 
-// The id of the running process.
+// The id of the running process (the platform's, which the log below the application uses).
 std::int32_t my_process_id();
 
 }  // namespace misc

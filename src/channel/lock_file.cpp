@@ -97,13 +97,18 @@ std::shared_ptr<lock_file> lock_file::attempt(const platform::FolderItem& file) 
   return nullptr;
 }
 
+std::shared_ptr<lock_file> lock_file::try_occupy(const platform::FolderItem& file) {
+  return attempt(file);
+}
+
 std::shared_ptr<lock_file> lock_file::occupy_as(const platform::FolderItem& file,
                                                 const std::string& shown,
                                                 const std::shared_ptr<log_file>& log) {
   double start = platform::Microseconds();
   log->write("Waiting to lock " + shown);
-  std::shared_ptr<lock_file> lock;
-  // The sleep comes first: reaching even a free lock takes 33 ms at the least.
+  // The first attempt comes at once; only an attempt that found the lock held is followed by a
+  // sleep, whose random spread keeps contenders from retrying in step.
+  std::shared_ptr<lock_file> lock = attempt(file);
   while (!lock) {
     platform::SleepCurrent(SpreadMilliseconds(33, 33));
     lock = attempt(file);

@@ -35,9 +35,10 @@ class lock_file {
   // The same on the child `name` of the temporary folder.
   static std::shared_ptr<lock_file> make(const std::string& name, std::shared_ptr<log_file> log);
 
-  // Blocks the calling thread until the lock is obtained: sleeps 33 to 65 ms before each
-  // attempt, so it takes 33 ms at the least. Never nil. Throws IOException naming the path and
-  // the reason at once when an attempt can never succeed (missing folder, no permission, ...).
+  // Blocks the calling thread until the lock is obtained: attempts at once, and sleeps 33 to
+  // 65 ms only after an attempt that found the lock held, so a free lock costs one attempt.
+  // Never nil. Throws IOException naming the path and the reason at once when an attempt can
+  // never succeed (missing folder, no permission, ...).
   static std::shared_ptr<lock_file> occupy(const platform::FolderItem& file,
                                            std::shared_ptr<log_file> log);
   static std::shared_ptr<lock_file> occupy(const std::string& name, std::shared_ptr<log_file> log);
@@ -48,6 +49,10 @@ class lock_file {
   static void await_occupied_by_other(const platform::FolderItem& file,
                                       std::shared_ptr<log_file> log);
   static void await_occupied_by_other(const std::string& name, std::shared_ptr<log_file> log);
+
+  // One attempt with a null log, never waiting: the lock, or nil while somebody else holds it.
+  // Throws IOException like occupy when the attempt can never succeed.
+  static std::shared_ptr<lock_file> try_occupy(const platform::FolderItem& file);
 
   // True for errno values that mean "somebody else holds it" rather than "can never succeed".
   static bool is_contention(int error_number);

@@ -2,7 +2,6 @@
 
 #include <time.h>
 
-#include "app/misc.h"
 #include "platform/exceptions.h"
 #include "platform/system.h"
 #include "platform/text.h"
@@ -12,7 +11,7 @@ log_file::log_file(const platform::FolderItem& file) {
   stream_ = platform::TextOutputStream::Open(file);
   indent_.clear();
   dummy = false;
-  process_id = platform::Str(static_cast<std::int64_t>(misc::my_process_id()));
+  process_id = platform::Str(static_cast<std::int64_t>(platform::my_process_id()));
   app_name = platform::System::ExecutableName();
 }
 

@@ -17,6 +17,10 @@ platform::FolderItem base::entry_mutex() const {
   return platform::SpecialFolder::Preferences().Child(kPrefix + id());
 }
 
+platform::FolderItem base::channel_folder() const {
+  return platform::SpecialFolder::Preferences().Child(kPrefix + id() + ".dir");
+}
+
 std::shared_ptr<base_op> base::make_op() {
   throw platform::RuntimeException("many_to_one.base.op is abstract");
 }
@@ -26,6 +30,17 @@ base_op::base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log_)
   log = std::move(log_);
   sock_ = std::move(endpoint);
   lock = lock_file::occupy(sock_->entry_mutex(), log);
+  ensure_folder();
+}
+
+base_op::base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log_,
+                 std::shared_ptr<lock_file> held) {
+  if (!endpoint || !log_ || !held) {
+    throw platform::NilObjectException("many_to_one op needs an endpoint and a lock");
+  }
+  log = std::move(log_);
+  sock_ = std::move(endpoint);
+  lock = std::move(held);
   ensure_folder();
 }
 
@@ -39,7 +54,7 @@ void base_op::ensure_folder() const {
 }
 
 platform::FolderItem base_op::folder() const {
-  return platform::SpecialFolder::Preferences().Child(kPrefix + sock_->id() + ".dir");
+  return sock_->channel_folder();
 }
 
 }  // namespace many_to_one

@@ -34,6 +34,9 @@ class base : public std::enable_shared_from_this<base> {
   // The entry lock's file, worked out anew on each call. Throws when there is no preferences
   // folder (NilObjectException) or it can't be made (IOException).
   virtual platform::FolderItem entry_mutex() const;
+  // The channel folder "qem.many_to_one.<id>.dir", worked out anew on each call; throws like
+  // entry_mutex.
+  platform::FolderItem channel_folder() const;
   virtual const std::string& id() const { return id_; }
   // A new critical section on this channel. Each end gives its own kind; on `base` itself it
   // throws RuntimeException.
@@ -52,11 +55,15 @@ class base : public std::enable_shared_from_this<base> {
 // second would wait for ever for the first).
 class base_op {
  public:
-  // Blocks until the entry lock is held (33 to 65 ms at the least, no limit while others hold
-  // it; "Waiting to lock " and "Locked " go to `log`), then makes the channel folder if it is
-  // missing. Throws IOException at once when the lock can never be had or the folder can't be
-  // made; a lock already taken is then released again.
+  // Blocks until the entry lock is held (one attempt when it is free; no limit while others
+  // hold it; "Waiting to lock " and "Locked " go to `log`), then makes the channel folder if it
+  // is missing. Throws IOException at once when the lock can never be had or the folder can't
+  // be made; a lock already taken is then released again.
   base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log);
+  // Enters the critical section with an entry lock that the caller has already taken (`held`,
+  // never nil); makes the channel folder if it is missing, as above. Never waits.
+  base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log,
+          std::shared_ptr<lock_file> held);
   // Releases the entry lock.
   virtual ~base_op() = default;
   base_op(const base_op&) = delete;

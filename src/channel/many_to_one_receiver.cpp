@@ -82,12 +82,27 @@ std::shared_ptr<receiver_op> receiver::op() {
   return std::make_shared<receiver_op>(std::static_pointer_cast<receiver>(shared_from_this()));
 }
 
+bool receiver::data_waiting() const {
+  return channel_folder().Child("data").Exists();
+}
+
+std::shared_ptr<receiver_op> receiver::try_op() {
+  if (closed()) return nullptr;
+  auto held = lock_file::try_occupy(entry_mutex());
+  if (!held) return nullptr;
+  return std::make_shared<receiver_op>(std::static_pointer_cast<receiver>(shared_from_this()),
+                                       std::move(held));
+}
+
 std::shared_ptr<base_op> receiver::make_op() {
   return op();
 }
 
 receiver_op::receiver_op(std::shared_ptr<receiver> endpoint)
     : base_op(std::move(endpoint), log_file::make_null()) {}
+
+receiver_op::receiver_op(std::shared_ptr<receiver> endpoint, std::shared_ptr<lock_file> held)
+    : base_op(std::move(endpoint), log_file::make_null(), std::move(held)) {}
 
 receiver& receiver_op::sock() const {
   return static_cast<receiver&>(*sock_);
@@ -116,6 +131,19 @@ std::string receiver_op::read() {
   std::string result = buffer.substr(0, place);
   buffer.erase(0, place + 1);
   return result;
+}
+
+std::vector<std::string> receiver_op::read_all() {
+  flush_file_to_buffer();
+  std::string& buffer = sock().buffer_;
+  std::vector<std::string> records;
+  std::size_t start = 0;
+  for (std::size_t place; (place = buffer.find('\0', start)) != std::string::npos;) {
+    records.push_back(buffer.substr(start, place - start));
+    start = place + 1;
+  }
+  buffer.erase(0, start);
+  return records;
 }
 
 }  // namespace many_to_one

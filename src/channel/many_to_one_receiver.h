@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "channel/many_to_one_base.h"
 
@@ -38,9 +39,19 @@ class receiver : public base {
   // The receiver lock goes while the entry lock is still held, so no record can slip in between
   // the test for emptiness and the close. Does nothing on a closed receiver.
   virtual void close_if_empty();
-  // A new critical section, once the entry lock is held (33 ms at the least); nil when closed.
-  // The op never logs, whatever this receiver's log is.
+  // A new critical section, once the entry lock is held (at once when it is free); nil when
+  // closed. The op never logs, whatever this receiver's log is.
   std::shared_ptr<receiver_op> op();
+  // A new critical section if the entry lock can be had by one attempt, never waiting: nil
+  // when somebody else holds it, and when closed. Throws IOException when the entry lock can
+  // never be had. For a caller that must not block, such as a timer tick.
+  std::shared_ptr<receiver_op> try_op();
+
+  // True when the data file is on disk: a record may wait. Looked at without the entry lock and
+  // without reading, so it is only a hint: records are read under the entry lock alone. Lets a
+  // caller that polls skip the entry lock (and the making and removing of its file) while
+  // nothing was sent. Throws like entry_mutex when there is no preferences folder.
+  bool data_waiting() const;
 
   // Text that has left the data file and not been handed out: whole records, then possibly an
   // unterminated tail.
@@ -65,6 +76,8 @@ class receiver_op : public base_op {
  public:
   // Enters the critical section with a new null log.
   explicit receiver_op(std::shared_ptr<receiver> endpoint);
+  // The same with an entry lock already taken; never waits.
+  receiver_op(std::shared_ptr<receiver> endpoint, std::shared_ptr<lock_file> held);
 
   receiver& sock() const override;
   // Moves the whole data file onto the end of the receiver's buffer and deletes the file.
@@ -76,6 +89,9 @@ class receiver_op : public base_op {
   // Flushes the file, then hands out the text before the first NUL of the buffer and drops it
   // and the NUL from the buffer. "" when no whole record waits (and for an empty record).
   virtual std::string read();
+  // Flushes the file, then hands out every whole record of the buffer in order, empty ones
+  // included, and drops them and their NULs from the buffer; an unterminated tail stays.
+  virtual std::vector<std::string> read_all();
 };
 
 }  // namespace many_to_one

@@ -17,8 +17,9 @@ class sender : public base {
   // Stores both; touches no file.
   sender(std::string id, std::shared_ptr<log_file> log);
 
-  // A new critical section with this sender's log. Blocks until the entry lock is held: 33 ms at
-  // the least. Throws IOException when the lock can never be had or the folder can't be made.
+  // A new critical section with this sender's log. Blocks until the entry lock is held: one
+  // attempt when it is free, then 33 to 65 ms after each attempt that found it held. Throws
+  // IOException when the lock can never be had or the folder can't be made.
   std::shared_ptr<sender_op> op();
 
  protected:

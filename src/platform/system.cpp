@@ -1,11 +1,21 @@
 #include "platform/system.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <string_view>
 
 #ifdef __APPLE__
 #include <mach-o/dyld.h>
 #endif
+
+namespace platform {
+
+std::int32_t my_process_id() {
+  return static_cast<std::int32_t>(::getpid());
+}
+
+}  // namespace platform
 
 namespace platform::System {
 

@@ -1,7 +1,15 @@
 #pragma once
-// What the process knows about itself: its command line and its executable's name.
+// What the process knows about itself: its id, its command line and its executable's name.
 
+#include <cstdint>
 #include <string>
+
+namespace platform {
+
+// The id of the running process.
+std::int32_t my_process_id();
+
+}  // namespace platform
 
 namespace platform::System {
 

@@ -15,6 +15,15 @@ bool EqualsPlain(std::string_view a, std::string_view b) noexcept {
   return true;
 }
 
+bool LessPlain::operator()(std::string_view a, std::string_view b) const noexcept {
+  const std::size_t common = a.size() < b.size() ? a.size() : b.size();
+  for (std::size_t i = 0; i < common; ++i) {
+    const char x = LowerAscii(a[i]), y = LowerAscii(b[i]);
+    if (x != y) return static_cast<unsigned char>(x) < static_cast<unsigned char>(y);
+  }
+  return a.size() < b.size();
+}
+
 std::string_view TrimView(std::string_view text) noexcept {
   std::size_t begin = 0;
   std::size_t end = text.size();

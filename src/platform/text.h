@@ -11,6 +11,13 @@ namespace platform {
 // values, command words, JSON literals and dictionary keys are compared.
 bool EqualsPlain(std::string_view a, std::string_view b) noexcept;
 
+// An order that agrees with the plain comparison: texts that differ only in ASCII letter case
+// are equivalent. For ordered containers whose keys are compared as dictionary keys are.
+struct LessPlain {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const noexcept;
+};
+
 // ASCII lower case of one byte; other bytes unchanged.
 constexpr char LowerAscii(char c) noexcept {
   return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;

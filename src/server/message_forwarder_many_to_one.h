@@ -10,10 +10,10 @@ class message_forwarder_many_to_one : public message_forwarder {
   // Stores the channel id; touches no file, so an unusable or empty id goes unnoticed here.
   explicit message_forwarder_many_to_one(std::string channel);
 
-  // Sends `message` through a sender made for this one message: blocks for the entry lock
-  // (33 ms at the least), appends the record, and lets go of the lock before it returns, so
-  // nothing is held between messages. Does not wait for a reader. Exceptions of the channel
-  // (IOException, NilObjectException) pass through to the caller.
+  // Sends `message` through a sender made for this one message: takes the entry lock (blocking
+  // only while another process holds it), appends the record, and lets go of the lock before it
+  // returns, so nothing is held between messages. Does not wait for a reader. Exceptions of the
+  // channel (IOException, NilObjectException) pass through to the caller.
   void write(const std::string& message) override;
 
  private:

@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "channel/lock_file.h"
 #include "flock_probe.h"
+#include "platform/clock.h"
 #include "support/temp_env.h"
 
 namespace {
@@ -43,6 +46,32 @@ TEST_F(LockRaceTest, AwaitOnAHeldLockMakesExactlyOneAttempt) {
   int before = qem_test::FlockCalls();
   lock_file::await_occupied_by_other("held", log_file::make_null());
   EXPECT_EQ(qem_test::FlockCalls() - before, 1);
+}
+
+TEST_F(LockRaceTest, OccupyAttemptsAtOnceAndSleepsOnlyAfterFindingTheLockHeld) {
+  // A free lock costs one attempt and no sleep: twenty of them take well under the 660 ms that
+  // a sleep before each first attempt would cost at the least.
+  const double start = platform::Microseconds();
+  for (int i = 0; i < 20; ++i) {
+    int before = qem_test::FlockCalls();
+    EXPECT_NE(lock_file::occupy("free", log_file::make_null()), nullptr);
+    EXPECT_EQ(qem_test::FlockCalls() - before, 1);
+  }
+  EXPECT_LT(platform::Microseconds() - start, 330'000);
+  // A held lock is tried again after a sleep, not in a tight loop: while it is held for 200 ms
+  // there are a handful of attempts, where a wait that never slept would make thousands.
+  auto held = lock_file::make("busy", log_file::make_null());
+  ASSERT_NE(held, nullptr);
+  std::thread releaser([&held] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    held.reset();
+  });
+  int before = qem_test::FlockCalls();
+  auto lock = lock_file::occupy("busy", log_file::make_null());
+  releaser.join();
+  EXPECT_NE(lock, nullptr);
+  EXPECT_GE(qem_test::FlockCalls() - before, 2);
+  EXPECT_LE(qem_test::FlockCalls() - before, 100);
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "channel/many_to_one_sender.h"
 #include "channel_fixture.h"
@@ -53,6 +55,36 @@ TEST_F(ReceiverTest, EachReadHandsOutTheNextWholeRecord) {
     Send("next");  // joins behind what waits in the buffer
     EXPECT_EQ(Read(), row.left + "next") << row.name;
   }
+}
+
+TEST_F(ReceiverTest, ReadAllHandsOutEveryWholeRecordAndKeepsTheTail) {
+  EXPECT_FALSE(sock->data_waiting());
+  PutData(std::string("one\0\0three\0tail", 15));
+  EXPECT_TRUE(sock->data_waiting());
+  EXPECT_EQ(sock->op()->read_all(), (std::vector<std::string>{"one", "", "three"}));
+  EXPECT_EQ(sock->buffer(), "tail");
+  EXPECT_FALSE(sock->data_waiting()) << "the tail is in the buffer, not in the file";
+  Send("end");
+  EXPECT_EQ(sock->op()->read_all(), std::vector<std::string>{"tailend"});
+  EXPECT_EQ(sock->op()->read_all(), std::vector<std::string>{});
+}
+
+TEST_F(ReceiverTest, TryOpNeverWaitsAndLeavesTheChannelToItsHolder) {
+  Send("waiting");
+  {
+    // The lock belongs to the descriptor: held here, it is held against the receiver too.
+    auto entry = lock_file::make(platform::FolderItem(EntryLock("ch")), log_file::make_null());
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(sock->try_op(), nullptr);
+    EXPECT_TRUE(std::filesystem::exists(Data("ch"))) << "read without the entry lock";
+  }
+  auto op = sock->try_op();
+  ASSERT_NE(op, nullptr);
+  EXPECT_EQ(op->read(), "waiting");
+  EXPECT_EQ(sock->try_op(), nullptr) << "a second op while the first is alive";
+  op.reset();
+  sock->close_if_empty();
+  EXPECT_EQ(sock->try_op(), nullptr) << "an op on a closed receiver";
 }
 
 TEST_F(ReceiverTest, PurgeDropsTheFileButNotTheBufferAndMakeLeavesStaleRecords) {
@@ -109,6 +141,8 @@ TEST_F(ReceiverTest, AwaitsThrowAtOnceWhenTheReceiverLockCanNeverBeHad) {
                platform::IOException);
   EXPECT_THROW(receiver::await_until_occupied("never", log_file::make_null()),
                platform::IOException);
+  std::filesystem::create_directories(EntryLock("ch"));  // and where the entry lock goes
+  EXPECT_THROW(sock->try_op(), platform::IOException);
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "channel/lock_file.h"
+#include "helper_fixture.h"
 #include "support/process.h"
-#include "support/temp_env.h"
 
 namespace {
 
@@ -19,33 +19,19 @@ using namespace std::chrono_literals;
 using qem_test::Child;
 using qem_test::Spawn;
 
-class Lifetime : public qem_test::TempEnvTest {
- protected:
-  Child StartHelper(std::vector<std::string> args) {
-    args.insert(args.begin(), QEM_UTIL_PATH);
-    return Spawn(args, {.stderr_path = (root() / "stderr.txt").string()});
-  }
-  std::string Stderr() { return qem_test::ReadFile(root() / "stderr.txt"); }
-  // Names of what lies in a folder.
-  static std::vector<std::string> Listing(const std::filesystem::path& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-      names.push_back(entry.path().filename().string());
-    }
-    return names;
-  }
-  static bool Occupied(const std::string& name) {
-    return lock_file::make(name, log_file::make_null()) == nullptr;
-  }
-  static std::vector<std::string> ServerArgs() {
-    return {"--stay-alive-key=alive", "--channel=cmd", "--reply-channel=rep",
-            "--launch-key=launched"};
-  }
+using Lifetime = qem_test::HelperTest;
+
+// A refusal needs no display: the platform that would need one, with none to be had.
+struct NoDisplay {
+  qem_test::ScopedEnv platform{"QT_QPA_PLATFORM", "xcb"};
+  qem_test::ScopedEnv display{"DISPLAY", nullptr};
+  qem_test::ScopedEnv wayland{"WAYLAND_DISPLAY", nullptr};
 };
 
-TEST_F(Lifetime, MissingRequiredOptionsEndAtOnceWithoutTouchingAnyFile) {
+TEST_F(Lifetime, MissingRequiredOptionsEndAtOnceWithoutTouchingAnyFileOrDisplay) {
   // Held, so that only the refusal can end the helper at once.
   auto alive = lock_file::make("a", log_file::make_null());
+  NoDisplay no_display;
   std::vector<std::vector<std::string>> lines = {
       {},
       {"--stay-alive-key=a", "--channel=b"},
@@ -64,6 +50,7 @@ TEST_F(Lifetime, MissingRequiredOptionsEndAtOnceWithoutTouchingAnyFile) {
 }
 
 TEST_F(Lifetime, NamesThatLeaveTheirFolderAreRefusedWithOneLineAndStatusTwo) {
+  NoDisplay no_display;
   auto helper = StartHelper({"--stay-alive-key=alive", "--channel=../up", "--launch-key=l"});
   EXPECT_EQ(helper.Wait(10s), 2);
   std::string said = Stderr();

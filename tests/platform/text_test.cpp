@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <set>
+#include <string>
 
 namespace {
 
@@ -15,6 +17,12 @@ TEST(Text, PlainComparisonIgnoresAsciiCaseOnlyAndTrimAsciiWhiteSpaceOnly) {
   EXPECT_FALSE(platform::EqualsPlain("\xC3\x89", "\xC3\xA9"));
   EXPECT_EQ(platform::Trim(" \t\r\n\v\fa b\f\v\n\r\t "), "a b");
   EXPECT_EQ(platform::Trim("\xC2\xA0x"), "\xC2\xA0x");  // no-break space is content
+  // The order of keyed tables agrees with the comparison: one key per plain-equal text.
+  std::set<std::string, platform::LessPlain> keys = {"p1", "P1",       "b",       "A",
+                                                     "a1", "\xC3\x89", "\xC3\xA9"};
+  EXPECT_EQ(keys, (std::set<std::string, platform::LessPlain>{"A", "a1", "b", "p1", "\xC3\x89",
+                                                              "\xC3\xA9"}));
+  EXPECT_EQ(*keys.find("P1"), "p1");
 }
 
 TEST(Text, ValReadsTheNumberTheTextStartsWith) {

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "app/names.h"
 #include "channel/log_file.h"
 #include "channel/many_to_one_receiver.h"
 #include "channel/many_to_one_sender.h"
+#include "channel/names.h"
 #include "platform/clock.h"
 #include "platform/exceptions.h"
 #include "platform/text_stream.h"

@@ -1,4 +1,4 @@
-#include "app/names.h"
+#include "channel/names.h"
 
 #include <gtest/gtest.h>
 

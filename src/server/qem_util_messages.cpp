@@ -1,0 +1,110 @@
+// The message half of the command server: the receiving end of the command channel, the read
+// step of each tick, and the dispatch of one message to the objects it names.
+
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "app/qem_util.h"
+#include "channel/log_file.h"
+#include "json/tree_dictionary.h"
+#include "platform/clock.h"
+#include "platform/exceptions.h"
+#include "platform/run_loop.h"
+#include "platform/text.h"
+#include "progress/wprogress.h"
+#include "server/message_forwarder_many_to_one.h"
+
+namespace {
+
+// How long a prober may hold a free receiver lock before a second receiver is the verdict.
+constexpr double kReceiverGraceMicroseconds = 250'000;
+// The part of a tick that processing may use before the rest waits for the next tick.
+constexpr double kTickBudgetMicroseconds = 10'000;
+
+// One line on stderr, "qem_util: " and the text, with any line break in it made a blank.
+void Say(std::string text) {
+  for (char& c : text) {
+    if (c == '\n' || c == '\r') c = ' ';
+  }
+  text = "qem_util: " + text + "\n";
+  std::fwrite(text.data(), 1, text.size(), stderr);
+  std::fflush(stderr);
+}
+
+// An envelope member as text; "" when absent.
+std::string Member(const platform::Dictionary& message, std::string_view key) {
+  return message.Lookup(key, platform::Variant(std::string())).StringValue();
+}
+
+}  // namespace
+
+bool qem_util::open_channel() {
+  try {
+    const double give_up = platform::Microseconds() + kReceiverGraceMicroseconds;
+    sock = many_to_one::receiver::make(channel, log_file::make_null());
+    while (!sock && platform::Microseconds() < give_up) {
+      platform::SleepCurrent(10);
+      sock = many_to_one::receiver::make(channel, log_file::make_null());
+    }
+    if (!sock) {
+      Say("another process is the receiver of channel \"" + channel + "\"; not serving it");
+      platform::Quit(kReceiverTaken);
+      return false;
+    }
+    // What an earlier run left in the channel is dropped: the server starts empty.
+    sock->op()->purge();
+  } catch (const platform::Exception& error) {
+    Say("channel \"" + channel + "\" can't be used: " + error.what());
+    sock = nullptr;
+    platform::Quit(kChannelUnusable);
+    return false;
+  }
+  return true;
+}
+
+void qem_util::read_messages(double tick_start) {
+  // One attempt, never a wait: while somebody else is in the channel, the messages already
+  // taken are handled and the file is read on a later tick. While no data file is there the
+  // entry lock is not tried at all, which keeps an idle tick to a few system calls.
+  if (sock->data_waiting()) {
+    if (auto op = sock->try_op()) {
+      for (std::string& message : op->read_all()) taken.push_back(std::move(message));
+    }
+  }
+  // The entry lock is free again before any message is acted on. The first message of a tick
+  // runs whatever the reading cost, so that every tick makes progress.
+  for (bool first = true; !taken.empty(); first = false) {
+    if (!first && platform::Microseconds() - tick_start >= kTickBudgetMicroseconds) break;
+    const std::string message = std::move(taken.front());
+    taken.pop_front();
+    if (!message.empty()) process(message);
+  }
+}
+
+void qem_util::process(const std::string& msg) {
+  const std::shared_ptr<platform::Dictionary> d = JSON::JSONStringToTreeDictionary(msg);
+  const std::string obj_id = Member(*d, "obj_id");
+  if (obj_id.empty()) return;
+  const auto entry = objs.find(obj_id);
+  std::shared_ptr<commandable> current = entry == objs.end() ? nullptr : entry->second;
+  const std::string command = Member(*d, "cmd");
+  if (platform::EqualsPlain(command, "create")) {
+    if (platform::EqualsPlain(Member(*d, "type"), "wprogress")) {
+      auto window = std::make_shared<wProgress>(
+          obj_id, d, std::make_shared<message_forwarder_many_to_one>(reply_channel));
+      window->Show();
+      // The older window stays open; no message can reach it any more.
+      if (current) displaced.push_back(std::move(current));
+      current = std::move(window);
+    }
+    if (current) objs[obj_id] = current;
+  } else if (platform::EqualsPlain(command, "delete")) {
+    if (current) {
+      current->cmd(d);
+      objs.erase(obj_id);
+    }
+  } else if (current) {
+    current->cmd(d);
+  }
+}

@@ -1,0 +1,106 @@
+// The dispatch of one message: every outcome of obj_id, cmd and type against the object table,
+// read back from the windows the server made.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QWidget>
+#include <algorithm>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "server_fixture.h"
+
+namespace {
+
+using qem_test::Create;
+using qem_test::Set;
+
+std::string Delete(const std::string& id) {
+  return R"({"obj_id":")" + id + R"(","cmd":"delete"})";
+}
+
+class Dispatch : public qem_test::ServerTest {
+ protected:
+  // obj_id to the title of the window entered under it.
+  std::map<std::string, std::string> Entries() const {
+    std::map<std::string, std::string> entries;
+    for (const auto& [id, object] : server->objects()) entries[id] = TitleOf(id);
+    return entries;
+  }
+  // The titles of all windows on the screen, entered or not, sorted.
+  static std::vector<std::string> OpenWindows() {
+    std::vector<std::string> titles;
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+      if (w->isVisible()) titles.push_back(w->windowTitle().toStdString());
+    }
+    std::sort(titles.begin(), titles.end());
+    return titles;
+  }
+};
+
+TEST_F(Dispatch, EveryOutcomeOfTheEnvelope) {
+  const struct {
+    const char* name;
+    std::vector<std::string> messages;
+    std::map<std::string, std::string> entries;
+    std::vector<std::string> open;
+  } rows[] = {
+      {"create makes, shows and enters a window", {Create("p1", "A")}, {{"p1", "A"}}, {"A"}},
+      {"words and ids ignore letter case",
+       {R"({"obj_id":"p1","cmd":"CREATE","type":"WProgress","style":1,"title":"A"})",
+        Set("P1", "B")},
+       {{"p1", "B"}},
+       {"B"}},
+      {"no obj_id, or an empty one: dropped",
+       {R"({"cmd":"create","type":"wprogress"})",
+        R"({"obj_id":"","cmd":"create","type":"wprogress"})"},
+       {},
+       {}},
+      {"another type, or none, makes nothing",
+       {R"({"obj_id":"a","cmd":"create","type":"other"})", R"({"obj_id":"a","cmd":"create"})",
+        Set("a", "B")},
+       {},
+       {}},
+      {"another type over an entry changes nothing",
+       {Create("p1", "A"), R"({"obj_id":"p1","cmd":"create","type":"other","title":"B"})"},
+       {{"p1", "A"}},
+       {"A"}},
+      {"two windows side by side",
+       {Create("p1", "A"), Create("p2", "B"), Set("p2", "C")},
+       {{"p1", "A"}, {"p2", "C"}},
+       {"A", "C"}},
+      {"delete closes and removes; again, nothing",
+       {Create("p1", "A"), Create("p2", "B"), Delete("p1"), Delete("p1"), Set("p1", "C")},
+       {{"p2", "B"}},
+       {"B"}},
+      {"garbage, JSON that is no object and 1 MB for an unknown id change nothing",
+       {Create("p1", "A"), "not json", R"([{"obj_id":"p1","cmd":"delete"}])",
+        R"({"a":)" + std::string(100000, '['), Set("p9", std::string(1 << 20, 'x'))},
+       {{"p1", "A"}},
+       {"A"}},
+      {"unknown ids and commands change nothing",
+       {Create("p1", "A"), Set("p9", "B"), Delete("p9"),
+        R"({"obj_id":"p1","cmd":"frobnicate","title":"B"})", R"({"obj_id":"p1","title":"B"})"},
+       {{"p1", "A"}},
+       {"A"}},
+      {"create twice: the second is addressed, the first stays open",
+       {Create("p1", "A"), Create("p1", "B"), Set("p1", "C")},
+       {{"p1", "C"}},
+       {"A", "C"}},
+      {"delete after create twice: the first stays open",
+       {Create("p1", "A"), Create("p1", "B"), Delete("p1"), Set("p1", "D")},
+       {},
+       {"A"}},
+  };
+  for (const auto& row : rows) {
+    Start();
+    for (const auto& message : row.messages) server->process(message);
+    EXPECT_EQ(Entries(), row.entries) << row.name;
+    EXPECT_EQ(OpenWindows(), row.open) << row.name;
+    server.reset();
+  }
+}
+
+}  // namespace

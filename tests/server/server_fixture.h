@@ -1,0 +1,83 @@
+#pragma once
+// Shared by the command server tests: a server in this process on channel "cmd", replies on
+// "rep", whose windows the test reads back; the stay-alive lock held as the starting application
+// holds it; commands put in the channel by this process or by real sender processes.
+
+#include <QCoreApplication>
+#include <QtTest/QTest>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/qem_util.h"
+#include "channel/many_to_one_sender.h"
+#include "progress/wprogress.h"
+#include "support/process.h"
+#include "support/temp_env.h"
+
+namespace qem_test {
+
+inline std::string Create(const std::string& id, const std::string& title,
+                          const std::string& more = "") {
+  return R"({"obj_id":")" + id + R"(","cmd":"create","type":"wprogress","style":1,"title":")" +
+         title + "\"" + more + "}";
+}
+inline std::string Set(const std::string& id, const std::string& title) {
+  return R"({"obj_id":")" + id + R"(","cmd":"set","title":")" + title + R"("})";
+}
+
+class ServerTest : public TempEnvTest {
+ protected:
+  void SetUp() override {
+    TempEnvTest::SetUp();
+    alive = lock_file::make("alive", log_file::make_null());
+    replies = many_to_one::receiver::make("rep", log_file::make_null());
+  }
+  void TearDown() override {
+    server.reset();
+    TempEnvTest::TearDown();
+  }
+  void Start() { server = std::make_unique<qem_util>("alive", "cmd", "rep", "up"); }
+
+  // Into the command channel from this process, in one critical section.
+  static void Put(const std::vector<std::string>& messages) {
+    auto op = std::make_shared<many_to_one::sender>("cmd", log_file::make_null())->op();
+    for (const auto& message : messages) op->write(message);
+  }
+  // From a sender process, one message per line of its input, in their order.
+  void SendFromProcess(const std::vector<std::string>& messages) {
+    std::string lines;
+    for (const auto& message : messages) lines += message + "\n";
+    WriteFile(root() / "input", lines);
+    auto sender = Spawn({QEM_CHANNEL_TOOL, "send", "cmd"}, {.stdin_path = root() / "input"});
+    ASSERT_EQ(sender.Wait(std::chrono::seconds(30)), 0);
+  }
+  // Runs the loop, and with it the server's ticks, until the condition holds or 20 s pass.
+  static bool RunUntil(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!condition() && std::chrono::steady_clock::now() < deadline) {
+      QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return condition();
+  }
+  wProgress* Window(const std::string& id) const {
+    auto entry = server->objects().find(id);
+    return entry == server->objects().end() ? nullptr
+                                            : dynamic_cast<wProgress*>(entry->second.get());
+  }
+  std::string TitleOf(const std::string& id) const {
+    return Window(id) ? Window(id)->Title() : "<none>";
+  }
+  std::filesystem::path Data() const { return prefs() / "qem.many_to_one.cmd.dir" / "data"; }
+
+  std::shared_ptr<lock_file> alive;
+  std::shared_ptr<many_to_one::receiver> replies;
+  std::unique_ptr<qem_util> server;
+};
+
+}  // namespace qem_test

@@ -1,0 +1,97 @@
+// The server's tick against a real channel: what sender processes write reaches the windows in
+// order, many messages a tick but no more than a tick's time; a busy channel never blocks the
+// tick; the first tick comes at once, and a prober's moment on the receiver lock is waited out.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "server_fixture.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using qem_test::Create;
+using qem_test::ServerTest;
+using qem_test::Set;
+
+bool Occupied(const std::string& name) {
+  return lock_file::make(name, log_file::make_null()) == nullptr;
+}
+
+TEST_F(ServerTest, SenderProcessDrivesWindowsAndAPressRepliesOnTheReplyChannel) {
+  Start();
+  SendFromProcess(
+      {Create("p1", "Copy", R"(,"style":3,"btn_spec":[{"id":"stop","text":"Stop"}])"),
+       Create("p2", "Other"), R"({"obj_id":"p1","cmd":"set","message":"Step 2","progress":0.5})",
+       R"({"obj_id":"p1","cmd":"push","style":1,"btn_spec":[{"id":"ok","text":"OK"}]})"});
+  ASSERT_TRUE(RunUntil([&] { return Window("p1") && Window("p1")->stack.size() == 2; }));
+  wProgress& p1 = *Window("p1");
+  QTest::mouseClick(p1.btn(0).Widget(), Qt::LeftButton);
+  EXPECT_EQ(replies->op()->read(), R"({"obj_id":"p1","cmd":"pressed","btn_id":"ok"})");
+  // The push is gone and the state below shows again, as "set" left it.
+  EXPECT_EQ(p1.btn(0).Caption(), "Stop");
+  EXPECT_EQ(p1.Label1().Text(), "Step 2");
+  EXPECT_EQ(p1.ProgressBar1().Value(), 500);
+
+  SendFromProcess({R"({"obj_id":"p1","cmd":"delete"})"});
+  ASSERT_TRUE(RunUntil([&] { return Window("p1") == nullptr; }));
+  EXPECT_EQ(TitleOf("p2"), "Other");
+}
+
+TEST_F(ServerTest, ATickHandlesWhatWaitsInOrderUntilItsTimeIsUsed) {
+  Start();
+  // The first window of a process loads its fonts, which can take a tick's time on its own.
+  server->process(Create("p1", "0"));
+  Put({Set("p1", "1"), Set("p1", "2"), Set("p1", "3")});
+  server->poll();
+  EXPECT_EQ(TitleOf("p1"), "3");
+  EXPECT_FALSE(std::filesystem::exists(Data()));
+
+  constexpr int kSets = 5000;  // far more than 10 ms of work
+  std::vector<std::string> sets;
+  for (int i = 1; i <= kSets; ++i) sets.push_back(Set("p1", std::to_string(i)));
+  Put(sets);
+  int last = 0;
+  for (int tick = 0; tick < kSets && last < kSets; ++tick) {
+    server->poll();
+    int now = std::stoi(TitleOf("p1"));
+    ASSERT_GT(now, last) << "a tick handled nothing, or went back";
+    ASSERT_TRUE(tick > 0 || now < kSets) << "one tick handled every message";
+    last = now;
+  }
+  EXPECT_EQ(last, kSets);
+}
+
+TEST_F(ServerTest, ABusyChannelMakesTheTickReadNothingAndWaitForNobody) {
+  Start();
+  Put({Create("p1", "A")});
+  auto holder = qem_test::Spawn(
+      {QEM_CHANNEL_HELPER, "hold-lock", prefs() / "qem.many_to_one.cmd", root() / "held"});
+  ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(root() / "held"); }, 10s));
+  server->poll();  // a tick that waited for the holder would never come back
+  EXPECT_EQ(Window("p1"), nullptr);
+  holder.Kill(SIGKILL);
+  holder.Wait(10s);
+  server->poll();
+  EXPECT_EQ(TitleOf("p1"), "A");
+}
+
+TEST_F(ServerTest, TheFirstTickComesAtOnceAndAProberIsWaitedOut) {
+  auto prober = many_to_one::receiver::make("cmd", log_file::make_null());
+  std::thread let_go([&prober] {
+    std::this_thread::sleep_for(30ms);
+    prober.reset();
+  });
+  Start();
+  let_go.join();
+  QCoreApplication::processEvents();
+  EXPECT_TRUE(Occupied("up")) << "no server, or its launch lock waits for a period";
+}
+
+}  // namespace
