@@ -157,9 +157,9 @@ std::optional<std::string> json_refusal(const std::string& text) {
     return std::string("has no obj_id text, and the helper drops such a command");
   }
   if (auto why = id_refusal(obj_id.StringValue(), "obj_id")) return why;
-  const platform::Variant spec = d->Lookup("btn_spec", platform::Variant());
-  if (!spec.IsArray()) return std::nullopt;
-  for (const platform::Variant& element : *spec.ArrayValue()) {
+  const platform::Variant buttons = d->Lookup("btn_spec", platform::Variant());
+  if (!buttons.IsArray()) return std::nullopt;
+  for (const platform::Variant& element : *buttons.ArrayValue()) {
     if (!element.IsDictionary()) continue;
     const platform::Variant id = element.DictionaryValue()->Lookup("id", platform::Variant());
     if (id.type() != platform::Variant::Type::String) continue;

@@ -14,6 +14,7 @@
 #include "channel/many_to_one_sender.h"
 #include "client_fixture.h"
 #include "support/process.h"
+#include "support/scoped_env.h"
 
 namespace {
 
@@ -25,20 +26,7 @@ using qem_client::launch_error;
 using qem_client::launch_options;
 using qem_client::session;
 
-// Sets an environment variable (or removes it, for nullptr) for the life of the object.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) saved_ = old, had_ = true;
-    value ? ::setenv(name, value, 1) : ::unsetenv(name);
-  }
-  ~ScopedEnv() { had_ ? ::setenv(name_, saved_.c_str(), 1) : ::unsetenv(name_); }
-
- private:
-  const char* name_;
-  std::string saved_;
-  bool had_ = false;
-};
+using qem_test::ScopedEnv;
 
 class Session : public qem_test::ClientTest {
  protected:

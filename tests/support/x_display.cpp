@@ -37,21 +37,13 @@ XDisplay::XDisplay(const std::filesystem::path& folder, const std::string& scree
   std::string seen;
   if (!WaitUntil([&] { return (seen = ReadFile(number)).find('\n') != seen.npos; }, 60s)) return;
   name_ = ":" + seen.substr(0, seen.find('\n'));
-  const std::pair<const char*, std::string> settings[] = {
-      {"QT_QPA_PLATFORM", "xcb"}, {"DISPLAY", name_}, {"DBUS_SESSION_BUS_ADDRESS", "disabled:"}};
-  for (const auto& [variable, value] : settings) {
-    if (const char* old = std::getenv(variable)) {
-      saved_.emplace_back(variable, old);
-    } else {
-      unset_.push_back(variable);
-    }
-    ::setenv(variable, value.c_str(), 1);
-  }
+  environment_.push_back(std::make_unique<ScopedEnv>("QT_QPA_PLATFORM", "xcb"));
+  environment_.push_back(std::make_unique<ScopedEnv>("DISPLAY", name_.c_str()));
+  environment_.push_back(std::make_unique<ScopedEnv>("DBUS_SESSION_BUS_ADDRESS", "disabled:"));
 }
 
 XDisplay::~XDisplay() {
-  for (const auto& [variable, value] : saved_) ::setenv(variable.c_str(), value.c_str(), 1);
-  for (const auto& variable : unset_) ::unsetenv(variable.c_str());
+  environment_.clear();
   // SIGTERM, so that Xvfb removes its lock and socket files.
   server_.Kill(SIGTERM);
   server_.Wait(30s);

@@ -5,10 +5,12 @@
 // would.
 
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "support/process.h"
+#include "support/scoped_env.h"
 
 namespace qem_test {
 
@@ -44,8 +46,7 @@ class XDisplay {
   std::filesystem::path folder_;
   Child server_;
   std::string name_;
-  std::vector<std::pair<std::string, std::string>> saved_;
-  std::vector<std::string> unset_;
+  std::vector<std::unique_ptr<ScopedEnv>> environment_;
 };
 
 // The full path of a program on PATH, or "".
