@@ -88,9 +88,11 @@ void session::start(const launch_options& options) {
   auto alive = std::make_shared<lock_file>(
       platform::SpecialFolder::Temporary().Child(names_.stay_alive_key), log_file::make_null());
   if (alive->failed()) {
-    throw launch_error(reason::files_unusable, "cannot take the stay-alive lock " +
-                                                   alive->nativepath() + ": " +
-                                                   std::strerror(alive->error_number()));
+    const int error = alive->error_number();
+    throw launch_error(
+        reason::files_unusable,
+        "cannot take the stay-alive lock " + alive->nativepath() + ": " +
+            (lock_file::is_contention(error) ? "another process holds it" : std::strerror(error)));
   }
   stay_alive_ = alive;
   if (Held(names_.launch_key)) {
