@@ -39,19 +39,27 @@ const std::string& CommandLine() {
   return Stored();
 }
 
-std::string ExecutableName() {
+std::string ExecutablePath() {
 #ifdef __APPLE__
   char buffer[4096];
   uint32_t size = sizeof buffer;
   if (_NSGetExecutablePath(buffer, &size) == 0) {
-    return std::filesystem::path(buffer).filename().string();
+    std::error_code error;
+    auto real = std::filesystem::canonical(buffer, error);
+    return error ? std::string(buffer) : real.string();
   }
 #else
   std::error_code error;
   auto path = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (!error) return path.filename().string();
+  if (!error) return path.string();
 #endif
-  return "qem_util";
+  return "";
+}
+
+std::string ExecutableName() {
+  const std::string path = ExecutablePath();
+  if (path.empty()) return "qem_util";
+  return std::filesystem::path(path).filename().string();
 }
 
 }  // namespace platform::System

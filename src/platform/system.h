@@ -20,6 +20,9 @@ void SetArguments(int argc, const char* const* argv);
 // it is empty.
 const std::string& CommandLine();
 
+// The full path of the running executable file, or "" when it can't be found.
+std::string ExecutablePath();
+
 // The name of the running executable file (its last path component).
 std::string ExecutableName();
 

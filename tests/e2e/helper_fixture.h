@@ -3,7 +3,6 @@
 // its stderr kept in a file, and what a process can see from outside: locks and folders.
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -12,6 +11,7 @@
 #include "channel/lock_file.h"
 #include "channel/many_to_one_sender.h"
 #include "support/process.h"
+#include "support/scoped_env.h"
 #include "support/temp_env.h"
 
 namespace qem_test {
@@ -43,23 +43,6 @@ class HelperTest : public TempEnvTest {
     return {"--stay-alive-key=alive", "--channel=cmd", "--reply-channel=rep",
             "--launch-key=launched"};
   }
-};
-
-// Sets an environment variable (or removes it, for nullptr) for the life of the object.
-class ScopedEnv {
- public:
-  ScopedEnv(const char* name, const char* value) : name_(name) {
-    if (const char* old = std::getenv(name)) saved_ = old, had_ = true;
-    value ? ::setenv(name, value, 1) : ::unsetenv(name);
-  }
-  ~ScopedEnv() { had_ ? ::setenv(name_, saved_.c_str(), 1) : ::unsetenv(name_); }
-  ScopedEnv(const ScopedEnv&) = delete;
-  ScopedEnv& operator=(const ScopedEnv&) = delete;
-
- private:
-  const char* name_;
-  std::string saved_;
-  bool had_ = false;
 };
 
 }  // namespace qem_test
