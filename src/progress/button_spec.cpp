@@ -6,19 +6,19 @@ std::shared_ptr<button_spec> button_spec::dummy(std::int64_t index) {
   // Made on the first call and kept until the process ends; shared by all windows.
   static std::vector<std::shared_ptr<button_spec>> list;
   while (static_cast<std::int64_t>(list.size()) <= index) {
-    auto spec = std::make_shared<button_spec>();
-    spec->index = static_cast<std::int64_t>(list.size());
-    list.push_back(std::move(spec));
+    auto entry = std::make_shared<button_spec>();
+    entry->index = static_cast<std::int64_t>(list.size());
+    list.push_back(std::move(entry));
   }
   return list.at(static_cast<std::size_t>(index));
 }
 
 std::shared_ptr<button_spec> button_spec::from_dictionary(const platform::Dictionary& d) {
-  auto spec = std::make_shared<button_spec>();
-  spec->id = d.Lookup("id", "").StringValue();
-  spec->text = d.Lookup("text", "").StringValue();
-  spec->visible = true;
-  return spec;
+  auto entry = std::make_shared<button_spec>();
+  entry->id = d.Lookup("id", "").StringValue();
+  entry->text = d.Lookup("text", "").StringValue();
+  entry->visible = true;
+  return entry;
 }
 
 std::vector<std::shared_ptr<button_spec>> button_spec::from_dictionary_array(

@@ -1,6 +1,6 @@
 #pragma once
 // Everything one state of a progress window shows. A window keeps a stack of them and shows the
-// top one; a state owns its specs and its style.
+// top one; a state owns its entries and its style.
 
 #include <memory>
 #include <optional>

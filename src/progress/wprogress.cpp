@@ -80,9 +80,9 @@ std::vector<std::shared_ptr<button_spec>> wProgress::btn_specs() const {
 }
 
 std::shared_ptr<button_spec> wProgress::btn_specs(std::int64_t index) const {
-  const auto& specs = state().btn_specs;
-  if (index >= 0 && index < static_cast<std::int64_t>(specs.size())) {
-    return specs[static_cast<std::size_t>(index)];
+  const auto& entries = state().btn_specs;
+  if (index >= 0 && index < static_cast<std::int64_t>(entries.size())) {
+    return entries[static_cast<std::size_t>(index)];
   }
   return button_spec::dummy(index);
 }

@@ -49,7 +49,7 @@ class wProgress : public platform::DesktopWindow, public commandable {
   void cmd(std::shared_ptr<platform::Dictionary> d) override;
 
   // The handler of all four buttons' Pressed event (through the event guard). Sends
-  // {"obj_id":"<id>","cmd":"pressed","btn_id":"<spec id>"} for the top state's spec of that
+  // {"obj_id":"<id>","cmd":"pressed","btn_id":"<entry id>"} for the top state's entry of that
   // button, unescaped, and blocks until the forwarder has written it; then, if more than one
   // state is on the stack, drops the top one and lays out the one below. If the write throws,
   // the exception passes on and the stack stays as it was. A closed window ignores presses.
@@ -82,9 +82,9 @@ class wProgress : public platform::DesktopWindow, public commandable {
   void Layout();
   void CreateControls();
   void update(const platform::Dictionary& d);
-  // Four specs, one per button, with `index` set: the top state's own first four, then dummies.
+  // Four entries, one per button, with `index` set: the top state's own first four, then dummies.
   std::vector<std::shared_ptr<button_spec>> btn_specs() const;
-  // The top state's spec for one button, or the dummy of that index. Writes nothing.
+  // The top state's entry for one button, or the dummy of that index. Writes nothing.
   std::shared_ptr<button_spec> btn_specs(std::int64_t index) const;
   double text_height(const std::string& text, const std::string& font, double size,
                      double width) const;

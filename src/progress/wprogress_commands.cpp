@@ -57,10 +57,10 @@ void wProgress::cmd(std::shared_ptr<platform::Dictionary> d) {
 
 void wProgress::btn_Pressed(platform::DesktopButton& sender) {
   if (Closed()) return;
-  const std::shared_ptr<button_spec> spec = btn_specs(sender.Index());
+  const std::shared_ptr<button_spec> entry = btn_specs(sender.Index());
   if (!response_callback) throw platform::NilObjectException("wProgress has no forwarder");
   response_callback->write("{\"obj_id\":\"" + obj_id + "\",\"cmd\":\"pressed\",\"btn_id\":\"" +
-                           spec->id + "\"}");
+                           entry->id + "\"}");
   if (stack.size() > 1) {
     stack.pop_back();
     reformat();

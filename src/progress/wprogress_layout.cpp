@@ -58,15 +58,15 @@ void wProgress::reformat() {
 
   // Button widths, and the width of the whole row of visible buttons.
   std::int64_t total = 0;
-  for (const auto& spec : btn_specs()) {
-    if (spec->visible) {
-      const platform::DesktopButton& b = btn(spec->index);
-      spec->width =
-          text_width(spec->text, b.FontName(), static_cast<double>(b.FontSize())) + kButtonExtra;
+  for (const auto& entry : btn_specs()) {
+    if (entry->visible) {
+      const platform::DesktopButton& b = btn(entry->index);
+      entry->width =
+          text_width(entry->text, b.FontName(), static_cast<double>(b.FontSize())) + kButtonExtra;
       if (total > 0) total += kButtonGap;
-      total = truncate(spec->width + static_cast<double>(total));
+      total = truncate(entry->width + static_cast<double>(total));
     } else {
-      spec->width = 0.0;
+      entry->width = 0.0;
     }
   }
 
@@ -76,14 +76,14 @@ void wProgress::reformat() {
   std::int64_t x =
       has_progress ? Width() - kMargin : truncate(static_cast<double>(Width() + total) / 2.0);
 
-  // Buttons from right to left, the first spec rightmost.
-  for (const auto& spec : btn_specs()) {
-    platform::DesktopButton& b = btn(spec->index);
-    if (spec->visible) {
-      x = truncate(static_cast<double>(x) - spec->width);
-      set_rect(b, x, row, truncate(spec->width), kButtonHeight);
+  // Buttons from right to left, the first entry rightmost.
+  for (const auto& entry : btn_specs()) {
+    platform::DesktopButton& b = btn(entry->index);
+    if (entry->visible) {
+      x = truncate(static_cast<double>(x) - entry->width);
+      set_rect(b, x, row, truncate(entry->width), kButtonHeight);
       // A caption's letter case counts.
-      if (b.Caption() != spec->text) b.Caption(spec->text);
+      if (b.Caption() != entry->text) b.Caption(entry->text);
       if (!b.Enabled()) b.Enabled(true);
       if (!b.Visible()) b.Visible(true);
       x -= kButtonGap;
