@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 
+#include "json/json_quote.h"
 #include "json/tree_dictionary.h"
 #include "platform/dictionary.h"
 #include "platform/exceptions.h"
@@ -31,7 +32,7 @@ std::optional<std::string> id_refusal(std::string_view id, std::string_view what
                       : c < 0x20 || c == 0x7F ? "a control character"
                                               : nullptr;
     if (why) {
-      return std::string(what) + " " + json_quoted(id) + " holds " + why +
+      return std::string(what) + " " + JSON::quoted(id) + " holds " + why +
              ", which the reply of a press can't carry";
     }
   }
@@ -50,48 +51,6 @@ std::optional<std::string> refusal(const command& c) {
     }
   }
   return std::nullopt;
-}
-
-std::string json_quoted(std::string_view text) {
-  static constexpr char kHex[] = "0123456789abcdef";
-  std::string out;
-  out.reserve(text.size() + 2);
-  out.push_back('"');
-  for (unsigned char c : text) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      case '\b':
-        out += "\\b";
-        break;
-      case '\f':
-        out += "\\f";
-        break;
-      default:
-        if (c < 0x20 || c == 0x7F) {
-          out += "\\u00";
-          out.push_back(kHex[c >> 4]);
-          out.push_back(kHex[c & 0xF]);
-        } else {
-          out.push_back(static_cast<char>(c));
-        }
-    }
-  }
-  out.push_back('"');
-  return out;
 }
 
 namespace {
@@ -121,20 +80,20 @@ const char* Word(command::verb what) {
 
 std::string to_json(const command& c) {
   if (auto why = refusal(c)) throw command_refused(*why);
-  std::string out = "{\"obj_id\":" + json_quoted(c.obj_id) + ",\"cmd\":\"" + Word(c.what) + "\"";
+  std::string out = "{\"obj_id\":" + JSON::quoted(c.obj_id) + ",\"cmd\":\"" + Word(c.what) + "\"";
   if (c.what == command::verb::create) out += ",\"type\":\"wprogress\"";
   if (c.what == command::verb::remove) return out + "}";
   const window_keys& k = c.keys;
-  if (k.title) out += ",\"title\":" + json_quoted(*k.title);
+  if (k.title) out += ",\"title\":" + JSON::quoted(*k.title);
   if (k.style) out += ",\"style\":" + std::to_string(*k.style);
-  if (k.message) out += ",\"message\":" + json_quoted(*k.message);
+  if (k.message) out += ",\"message\":" + JSON::quoted(*k.message);
   if (k.progress) out += ",\"progress\":" + Number(*k.progress);
   if (k.buttons) {
     out += ",\"btn_spec\":[";
     for (std::size_t i = 0; i < k.buttons->size(); ++i) {
       const button& b = (*k.buttons)[i];
       if (i > 0) out.push_back(',');
-      out += "{\"id\":" + json_quoted(b.id) + ",\"text\":" + json_quoted(b.text) + "}";
+      out += "{\"id\":" + JSON::quoted(b.id) + ",\"text\":" + JSON::quoted(b.text) + "}";
     }
     out.push_back(']');
   }

@@ -79,8 +79,4 @@ std::string to_json(const command& c);
 // JSON nested too deeply is a reason too.
 std::optional<std::string> json_refusal(const std::string& text);
 
-// `text` as a JSON string, quotes included: quotation mark, backslash and control characters
-// escaped; all other bytes, UTF-8 included, as they are.
-std::string json_quoted(std::string_view text);
-
 }  // namespace qem_client

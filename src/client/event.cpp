@@ -1,6 +1,7 @@
 #include "client/event.h"
 
 #include "client/command.h"
+#include "json/json_quote.h"
 #include "json/tree_dictionary.h"
 #include "platform/dictionary.h"
 #include "platform/exceptions.h"
@@ -43,8 +44,8 @@ std::string to_json(const event& e) {
   if (e.what == event::kind::helper_ended) {
     return "{\"cmd\":\"helper_ended\",\"status\":" + std::to_string(e.exit_status) + "}";
   }
-  return "{\"obj_id\":" + json_quoted(e.obj_id) + ",\"cmd\":" + json_quoted(e.cmd) +
-         ",\"btn_id\":" + json_quoted(e.btn_id) + "}";
+  return "{\"obj_id\":" + JSON::quoted(e.obj_id) + ",\"cmd\":" + JSON::quoted(e.cmd) +
+         ",\"btn_id\":" + JSON::quoted(e.btn_id) + "}";
 }
 
 }  // namespace qem_client

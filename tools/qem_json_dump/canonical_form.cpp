@@ -1,5 +1,6 @@
 #include "canonical_form.h"
 
+#include "json/json_quote.h"
 #include "platform/dictionary.h"
 #include "platform/text.h"
 
@@ -8,43 +9,7 @@ namespace qem_json_dump {
 namespace {
 
 void WriteString(std::string& out, std::string_view text) {
-  static const char kHex[] = "0123456789abcdef";
-  out += '"';
-  for (char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\b':
-        out += "\\b";
-        break;
-      case '\f':
-        out += "\\f";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      default:
-        if (byte < 0x20 || byte == 0x7F) {
-          out += "\\u00";
-          out += kHex[byte >> 4];
-          out += kHex[byte & 0xF];
-        } else {
-          out += c;
-        }
-    }
-  }
-  out += '"';
+  out += JSON::quoted(text);
 }
 
 class Writer {
