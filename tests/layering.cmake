@@ -1,26 +1,25 @@
-# Fails when a source below the application includes anything from above it: the platform layer,
-# the channel and the JSON reader stand on their own, so the client library and the tools can use
-# them without the GUI. Run as: cmake -DSRC=<src folder> -P layering.cmake
+# Fails when a source includes from a layer above its own. Run as:
+#   cmake -DSRC=<src folder> -P layering.cmake
 set(offences "")
-foreach(layer platform channel json)
-  file(GLOB_RECURSE sources "${SRC}/${layer}/*.h" "${SRC}/${layer}/*.cpp")
-  foreach(source ${sources})
-    file(STRINGS "${source}" includes REGEX "^#include \"(app|server|progress|console|client)/")
-    foreach(line ${includes})
+function(refuse_includes folders pattern)
+  foreach(folder ${folders})
+    file(GLOB_RECURSE sources "${SRC}/${folder}/*.h" "${SRC}/${folder}/*.cpp")
+    foreach(source ${sources})
+      file(STRINGS "${source}" includes REGEX "^#include [\"<]${pattern}")
       file(RELATIVE_PATH shown "${SRC}" "${source}")
-      string(APPEND offences "  ${shown}: ${line}\n")
+      foreach(line ${includes})
+        string(APPEND offences "  ${shown}: ${line}\n")
+      endforeach()
     endforeach()
   endforeach()
-endforeach()
+  set(offences "${offences}" PARENT_SCOPE)
+endfunction()
+
+# The platform layer, the channel and the JSON reader stand on their own, so the client library
+# and the tools can use them without the GUI.
+refuse_includes("platform;channel;json" "(app|server|progress|console|client)/")
 # The client library and qem_ctl stand on the core alone: no GUI layer, no Qt.
-file(GLOB_RECURSE sources "${SRC}/client/*.h" "${SRC}/client/*.cpp")
-foreach(source ${sources})
-  file(STRINGS "${source}" includes REGEX "^#include [\"<](app|server|progress|console|Q)")
-  foreach(line ${includes})
-    file(RELATIVE_PATH shown "${SRC}" "${source}")
-    string(APPEND offences "  ${shown}: ${line}\n")
-  endforeach()
-endforeach()
+refuse_includes("client" "(app|server|progress|console|Q)")
 if(offences)
   message(FATAL_ERROR "Sources include from a layer they must not:\n${offences}")
 endif()
