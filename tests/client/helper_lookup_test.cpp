@@ -62,11 +62,10 @@ TEST_F(HelperLookup, NotFoundNamesEveryPlaceOnOneLine) {
 }
 
 TEST_F(HelperLookup, ThisProcessGivesItsFolderTheVariableAndAnAbsoluteBinFolder) {
-  const fs::path self = fs::read_symlink("/proc/self/exe");
   {
     ScopedEnv named("QEM_UTIL_HELPER", "/somewhere/qem_util");
     const helper_places places = helper_places::of_this_process();
-    EXPECT_EQ(places.beside, self.parent_path().string());
+    EXPECT_TRUE(fs::is_regular_file(fs::path(places.beside) / "client_test")) << places.beside;
     EXPECT_EQ(places.named, "/somewhere/qem_util");
     EXPECT_TRUE(fs::path(places.installed).is_absolute()) << places.installed;
   }
