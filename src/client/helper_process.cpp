@@ -8,10 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <system_error>
-
-#include "platform/system.h"
 
 extern char** environ;
 
@@ -49,12 +46,6 @@ bool Blank(const std::string& line) {
 }
 
 }  // namespace
-
-std::string helper_beside_executable() {
-  const std::string self = platform::System::ExecutablePath();
-  if (self.empty()) return "";
-  return (std::filesystem::path(self).parent_path() / "qem_util").string();
-}
 
 helper_process::helper_process(const std::vector<std::string>& argv, bool relay) : relay_(relay) {
   int out[2], stop[2];

@@ -17,10 +17,6 @@
 
 namespace qem_client {
 
-// The helper executable "qem_util" in the folder of the running program (/proc/self/exe on
-// Linux, _NSGetExecutablePath on macOS), or "" when that folder can't be found.
-std::string helper_beside_executable();
-
 class helper_process {
  public:
   // Starts `argv[0]` with the arguments and this process's environment; its standard input is

@@ -10,6 +10,7 @@
 #include <system_error>
 #include <thread>
 
+#include "client/helper_lookup.h"
 #include "platform/exceptions.h"
 #include "platform/folder_item.h"
 
@@ -75,11 +76,15 @@ session::session(const launch_options& options) : quit_limit_(options.quit_limit
 }
 
 void session::start(const launch_options& options) {
-  const std::string path = options.helper.empty() ? helper_beside_executable() : options.helper;
+  const helper_places places = helper_places::of_this_process();
+  const std::string path = options.helper.empty() ? find_helper(places) : options.helper;
+  if (path.empty()) throw launch_error(reason::missing, "the helper " + not_found(places));
   struct stat info;
-  if (path.empty() || ::stat(path.c_str(), &info) != 0) {
-    throw launch_error(reason::missing,
-                       "the helper " + Quoted(path.empty() ? "qem_util" : path) + " is missing");
+  if (::stat(path.c_str(), &info) != 0) {
+    // A helper that the variable named is told as such: the setting is what to fix.
+    const bool named = options.helper.empty() && path == places.named;
+    const std::string by = named ? std::string(" (named by ") + kHelperVariable + ")" : "";
+    throw launch_error(reason::missing, "the helper " + Quoted(path) + " is missing" + by);
   }
   if (!S_ISREG(info.st_mode) || ::access(path.c_str(), X_OK) != 0) {
     throw launch_error(reason::not_executable,

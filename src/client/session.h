@@ -29,7 +29,8 @@
 namespace qem_client {
 
 struct launch_options {
-  // The helper executable; "" means "qem_util" beside the running program.
+  // The helper executable; "" means the one find_helper() finds (beside the running program,
+  // named by QEM_UTIL_HELPER, or installed).
   std::string helper{};
   // The names to use; nullopt picks unique ones (and the session removes their files when it
   // ends). Given names are checked as refusal(session_names) does.

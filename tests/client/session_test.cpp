@@ -92,6 +92,28 @@ TEST_F(Session, AHelperThatNeverServesIsEndedAtTheLimit) {
   ExpectNothingLeft();
 }
 
+// No qem_util stands beside the test program, so a session given no path takes the one that
+// the variable names; a variable that names nothing is told as such, not passed over.
+TEST_F(Session, WithoutAPathTheHelperThatTheVariableNamesIsStarted) {
+  {
+    ScopedEnv named("QEM_UTIL_HELPER", QEM_UTIL_PATH);
+    session s({.relay_helper_output = false});
+    EXPECT_TRUE(Held(s.names().launch_key));
+  }
+  const std::string nothing = (root() / "nothing").string();
+  ScopedEnv named("QEM_UTIL_HELPER", nothing.c_str());
+  try {
+    session s({.relay_helper_output = false});
+    ADD_FAILURE() << "launched";
+  } catch (const launch_error& error) {
+    EXPECT_EQ(error.why, launch_error::reason::missing) << error.what();
+    const std::string said = error.what();
+    EXPECT_NE(said.find(nothing), std::string::npos) << said;
+    EXPECT_NE(said.find("QEM_UTIL_HELPER"), std::string::npos) << said;
+  }
+  ExpectNothingLeft();
+}
+
 TEST_F(Session, TheHelperServesAndQuitsOnItsOwnWhenTheSessionGoes) {
   auto options = Real();
   options.quit_limit = 60s;  // a helper that had to be ended by a signal would take this long

@@ -36,9 +36,10 @@ const char* Usage() {
   return R"(Usage: qem_ctl [--helper=PATH] [--launch-timeout=SECONDS] [--name=BASE]
        qem_ctl --help
 
-Launches the helper (qem_util beside qem_ctl unless --helper says otherwise) and waits until it
-serves (15 s at most unless --launch-timeout says otherwise). Then each line of standard input
-is one step; each reply to a button press is printed on standard output as one line of JSON,
+Launches the helper (qem_util beside qem_ctl, else the file that QEM_UTIL_HELPER names, else
+the installed one; --helper says otherwise) and waits until it serves (15 s at most unless
+--launch-timeout says otherwise). Then each line of standard input is one step; each reply to
+a button press is printed on standard output as one line of JSON,
 {"obj_id":"p1","cmd":"pressed","btn_id":"stop"}, as it arrives. At the end of input qem_ctl
 waits until the helper has taken every command (5 s at most), then lets it go; so does SIGINT,
 SIGTERM or SIGHUP, at once. A line that is no step is reported on stderr with its number and
