@@ -107,8 +107,8 @@ void qem_util::woken() {
     streaming_ = found > 1;
     return;
   }
-  // The change was told while the sender was still writing, and its letting go of the entry
-  // lock is not: look again in a moment, and after longer moments while the channel stays busy.
+  // The write was told before its sender let go of the entry lock, and the letting go is not
+  // told: look again in a moment, and after longer moments while the channel stays busy.
   retry_ms_ = std::clamp(2 * retry_ms_, 1, kLongestRetryMilliseconds);
   wake();
 }
