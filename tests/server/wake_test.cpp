@@ -126,8 +126,9 @@ TEST_F(Wake, ManySendersLoseNothingWithOrWithoutWakeUpsAndNeverStallTheThread) {
       senders.push_back(qem_test::Spawn({QEM_CHANNEL_TOOL, "send", "cmd"},
                                         {.stdin_path = root() / ("input" + std::to_string(k))}));
     }
+    // The loop runs while they send, so that their writes are told as they come.
+    RunUntil([&] { return log.titles == expected; }, 60s);
     for (auto& sender : senders) ASSERT_EQ(sender.Wait(60s), 0);
-    RunUntil([&] { return log.titles == expected; });
     EXPECT_EQ(log.titles, expected);
     EXPECT_LT(stall, 15.0);
     // Woken steps run for messages, never on their own: an idle channel wakes nothing.
