@@ -115,10 +115,11 @@ TEST_F(Wake, ManySendersLoseNothingWithOrWithoutWakeUpsAndNeverStallTheThread) {
     QCoreApplication::instance()->installEventFilter(&log);
     // The longest stretch of the thread's own work between two beats of a 1 ms heartbeat.
     QTimer beat;
-    double last = ThreadCpuMs(), stall = 0;
+    double last = 0, stall = 0;
     QObject::connect(&beat, &QTimer::timeout, [&] {
-      stall = std::max(stall, ThreadCpuMs() - last);
-      last = ThreadCpuMs();
+      const double now = ThreadCpuMs();
+      if (last > 0) stall = std::max(stall, now - last);
+      last = now;
     });
     beat.start(1);
     std::vector<qem_test::Child> senders;
