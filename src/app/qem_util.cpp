@@ -5,14 +5,21 @@
 #include "platform/clock.h"
 
 qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::string reply_channel_,
-                   std::string launch_key_)
+                   std::string launch_key_, pacing pace)
     : reply_channel(std::move(reply_channel_)),
       launch_key(std::move(launch_key_)),
       stay_alive_key(std::move(stay_alive_key_)),
       channel(std::move(channel_)) {
   if (!open_channel()) return;
+  if (pace.wake_on_write) {
+    wake_ = std::make_unique<platform::Timer>();
+    wake_->AddActionHandler([this](platform::Timer&) { woken(); });
+    watcher_ = std::make_unique<platform::FolderWatcher>();
+    watcher_->AddChangedHandler([this](platform::FolderWatcher&) { wake(); });
+    watcher_->Watch(sock->channel_folder(), "data");
+  }
   timer_ = std::make_unique<platform::Timer>();
-  timer_->Period(25);
+  timer_->Period(pace.tick_ms);
   timer_->AddActionHandler([this](platform::Timer&) { poll(); });
   timer_->RunMode(platform::Timer::Multiple);
   // The first tick does not wait a period: the launch lock says "up" as soon as the helper can
@@ -23,13 +30,20 @@ qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::strin
   first_tick_->RunMode(platform::Timer::Single);
 }
 
+qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::string reply_channel_,
+                   std::string launch_key_)
+    : qem_util(std::move(stay_alive_key_), std::move(channel_), std::move(reply_channel_),
+               std::move(launch_key_), pacing{}) {}
+
 qem_util::~qem_util() = default;
 
 void qem_util::poll() {
   const double tick_start = platform::Microseconds();
+  ++steps_.ticks;
   if (!launched_signal) launched_signal = lock_file::make(launch_key, log_file::make_null());
   auto probe = lock_file::make(stay_alive_key, log_file::make_null());
   if (probe) platform::Quit(0);
   // The tick is not cut short by Quit; the probe goes, and with it the lock, as the tick ends.
-  read_messages(tick_start);
+  if (read_messages(tick_start) == 0) streaming_ = false;
+  if (watcher_ && !watcher_->Watching()) watcher_->Watch(sock->channel_folder(), "data");
 }

@@ -2,9 +2,11 @@
 // qem_util: the command server. Its lifetime half (qem_util.cpp): the polling timer, the launch
 // lock it takes to tell the starting application that it is up, and the watch on the stay-alive
 // lock that the starting application holds for as long as it wants the helper. Its message half
-// (server/qem_util_messages.cpp): the receiving end of the command channel, the table of live
-// objects, and the dispatch of each message to them. Main thread only.
+// (server/qem_util_messages.cpp): the receiving end of the command channel, the wake-up when a
+// sender writes to it, the table of live objects, and the dispatch of each message to them. Main
+// thread only.
 
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
@@ -13,6 +15,7 @@
 
 #include "channel/lock_file.h"
 #include "channel/many_to_one_receiver.h"
+#include "platform/folder_watcher.h"
 #include "platform/run_loop.h"
 #include "platform/text.h"
 #include "server/commandable.h"
@@ -26,13 +29,29 @@ class qem_util {
   static constexpr int kReceiverTaken = 3;
   static constexpr int kChannelUnusable = 4;
 
+  // How the server looks for messages. The defaults are the ones it serves with; tests and
+  // benchmarks change them to watch one of the two ways alone.
+  struct pacing {
+    // The period of the tick, in milliseconds.
+    int tick_ms = 25;
+    // Whether a write to the channel's data file also runs the message step (see wake).
+    bool wake_on_write = true;
+  };
+  // How often the message step has run since the start, by what ran it.
+  struct step_counts {
+    std::uint64_t ticks = 0;
+    std::uint64_t woken = 0;
+  };
+
   // Stores the names, opens the receiving end of `channel` and purges what an earlier run left
-  // in it, then starts the 25 ms repeating timer; the first tick comes as soon as the run loop is
-  // free. Blocks only while another process holds the channel's entry lock for the purge.
-  // When another process is the channel's receiver (tried again for up to 250 ms, because a
-  // prober holds a free receiver lock for a moment), or the channel can't be used at all: one
-  // line on stderr, Quit with kReceiverTaken or kChannelUnusable, and no timer, so the launch
-  // lock is never taken.
+  // in it (which also makes the channel's folder), starts watching its data file and starts the
+  // repeating tick; the first tick comes as soon as the run loop is free. Blocks only while
+  // another process holds the channel's entry lock for the purge. When another process is the
+  // channel's receiver (tried again for up to 250 ms, because a prober holds a free receiver lock
+  // for a moment), or the channel can't be used at all: one line on stderr, Quit with
+  // kReceiverTaken or kChannelUnusable, and no timer, so the launch lock is never taken.
+  qem_util(std::string stay_alive_key, std::string channel, std::string reply_channel,
+           std::string launch_key, pacing pace);
   qem_util(std::string stay_alive_key, std::string channel, std::string reply_channel,
            std::string launch_key);
   virtual ~qem_util();
@@ -47,8 +66,20 @@ class qem_util {
   // their order until none is left or 10 ms of the tick are used (the first always runs); the
   // rest wait for the next tick. Exceptions, from process or from a channel that can't be entered,
   // leave the tick (the event guard reports them); a message that raised one is gone, the others
-  // wait.
+  // wait. A channel folder that went away is watched again once it is back.
   void poll();
+
+  // The wake-up, which the watch calls whenever the channel's data file is made or written to: the
+  // message step is to run as soon as the run loop is free. It never runs inside this call, and
+  // changes that come before it runs add nothing. When that step finds a sender still inside the
+  // channel, it tries again 1 ms later, then after twice as long each time, up to 25 ms, until it
+  // gets in. When it takes more than one message, senders write faster than wake-ups take their
+  // messages one by one, and a helper that entered the channel at every write would make them
+  // back off 33 to 65 ms whenever they met it there: wake-ups then do nothing until a tick finds
+  // the channel empty, and the tick reads alone. Nothing depends on a wake-up: the tick reads
+  // whatever one missed.
+  void wake();
+  const step_counts& steps() const { return steps_; }
 
   // Dispatches one message, the JSON text of one command, by its "obj_id", "cmd" and "type"
   // (words compared ignoring case). No obj_id: dropped. "create" of type "wprogress": a new
@@ -69,13 +100,25 @@ class qem_util {
   // The channel side of the constructor: the receiver and its purge. False when the server
   // can't serve (reported and Quit called).
   bool open_channel();
-  // The message step of a tick, begun at `tick_start` (microseconds).
-  void read_messages(double tick_start);
+  // The message step, begun at `tick_start` (microseconds). Gives the number of messages it took
+  // off the channel, or kBusy when some waited but somebody else held the channel's entry lock.
+  static constexpr int kBusy = -1;
+  int read_messages(double tick_start);
+  // The message step that wake asked for.
+  void woken();
 
   // Declared in the reverse of the order of release: the launch lock goes first, then the
-  // objects, then the receiver (and with it the receiver lock), then the timers.
+  // objects, then the receiver (and with it the receiver lock), then the watcher and the timers.
   std::unique_ptr<platform::Timer> timer_;
   std::unique_ptr<platform::Timer> first_tick_;
+  // Runs the woken step, once; running while one is due.
+  std::unique_ptr<platform::Timer> wake_;
+  std::unique_ptr<platform::FolderWatcher> watcher_;
+  // The pause before a woken step tries a busy channel again; 0 while it is not busy.
+  int retry_ms_ = 0;
+  // Set while senders write faster than wake-ups take their messages (see wake).
+  bool streaming_ = false;
+  step_counts steps_;
   std::shared_ptr<many_to_one::receiver> sock;
   // Messages taken off the channel and not yet processed, oldest first.
   std::deque<std::string> taken;

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -22,6 +23,8 @@ using reason = launch_error::reason;
 using std::chrono::milliseconds;
 
 constexpr milliseconds kLook{5};
+// How soon a reply that was still being written is looked for again.
+constexpr milliseconds kRetry{1};
 
 std::string Quoted(const std::string& text) {
   return "\"" + text + "\"";
@@ -110,6 +113,7 @@ void session::start(const launch_options& options) {
                                                    Quoted(names_.reply_channel));
   }
   replies_->op()->purge();
+  reply_watch_.Watch(replies_->channel_folder(), "data");
   commands_ = std::make_shared<many_to_one::sender>(names_.channel, log_file::make_null());
   try {
     helper_ = std::make_unique<helper_process>(
@@ -235,8 +239,13 @@ std::optional<event> session::next_event(milliseconds limit) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
   for (;;) {
     if (auto e = poll()) return e;
-    if (std::chrono::steady_clock::now() >= deadline) return std::nullopt;
-    std::this_thread::sleep_for(kLook);
+    const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left <= milliseconds(0)) return std::nullopt;
+    // A reply left on the channel means the helper was still inside it: it lets go within a
+    // moment, and no further write will tell of it.
+    const milliseconds pause = replies_->data_waiting() ? kRetry : kLook;
+    if (!reply_watch_.Watching()) reply_watch_.Watch(replies_->channel_folder(), "data");
+    reply_watch_.Wait(static_cast<int>(std::min(pause, left).count()));
   }
 }
 

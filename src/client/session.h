@@ -25,6 +25,7 @@
 #include "client/event.h"
 #include "client/helper_process.h"
 #include "client/session_names.h"
+#include "platform/change_watch.h"
 
 namespace qem_client {
 
@@ -107,7 +108,9 @@ class session {
   // call), else nullopt. Throws platform::IOException when the reply channel can't be read.
   std::optional<event> poll();
   // The same, waiting up to `limit` for something to arrive: nullopt only when the limit passed
-  // with no reply and the helper still running. Looks every 5 ms.
+  // with no reply and the helper still running. Sleeps until the helper writes a reply (where
+  // the platform tells of writes to a file; see platform::ChangeWatch) or 5 ms pass, whichever
+  // comes first, so that a reply is handed out at once and the helper's end within 5 ms.
   std::optional<event> next_event(std::chrono::milliseconds limit);
 
   // Whether the helper still runs (looked at without waiting), and its status once it ended.
@@ -132,6 +135,8 @@ class session {
   std::shared_ptr<many_to_one::sender> commands_;
   std::unique_ptr<helper_process> helper_;
   std::deque<event> pending_;
+  // Told when the helper writes to the reply channel's data file.
+  platform::ChangeWatch reply_watch_;
 };
 
 }  // namespace qem_client

@@ -1,9 +1,11 @@
 // The message half of the command server: the receiving end of the command channel, the read
-// step of each tick, and the dispatch of one message to the objects it names.
+// step of each tick and of each wake-up, and the dispatch of one message to the objects it names.
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "app/qem_util.h"
 #include "channel/log_file.h"
@@ -21,6 +23,9 @@ namespace {
 constexpr double kReceiverGraceMicroseconds = 250'000;
 // The part of a tick that processing may use before the rest waits for the next tick.
 constexpr double kTickBudgetMicroseconds = 10'000;
+// A woken step that found a sender inside the channel tries again after 1 ms, then after twice
+// as long each time, never after more than this.
+constexpr int kLongestRetryMilliseconds = 25;
 
 // One line on stderr, "qem_util: " and the text, with any line break in it made a blank.
 void Say(std::string text) {
@@ -63,13 +68,18 @@ bool qem_util::open_channel() {
   return true;
 }
 
-void qem_util::read_messages(double tick_start) {
+int qem_util::read_messages(double tick_start) {
   // One attempt, never a wait: while somebody else is in the channel, the messages already
   // taken are handled and the file is read on a later tick. While no data file is there the
   // entry lock is not tried at all, which keeps an idle tick to a few system calls.
+  int found = 0;
   if (sock->data_waiting()) {
     if (auto op = sock->try_op()) {
-      for (std::string& message : op->read_all()) taken.push_back(std::move(message));
+      std::vector<std::string> records = op->read_all();
+      found = static_cast<int>(records.size());
+      for (std::string& message : records) taken.push_back(std::move(message));
+    } else {
+      found = kBusy;
     }
   }
   // The entry lock is free again before any message is acted on. The first message of a tick
@@ -80,6 +90,27 @@ void qem_util::read_messages(double tick_start) {
     taken.pop_front();
     if (!message.empty()) process(message);
   }
+  return found;
+}
+
+void qem_util::wake() {
+  if (!wake_ || streaming_ || wake_->RunMode() != platform::Timer::Off) return;
+  wake_->Period(retry_ms_);
+  wake_->RunMode(platform::Timer::Single);
+}
+
+void qem_util::woken() {
+  ++steps_.woken;
+  const int found = read_messages(platform::Microseconds());
+  if (found != kBusy) {
+    retry_ms_ = 0;
+    streaming_ = found > 1;
+    return;
+  }
+  // The write was told before its sender let go of the entry lock, and the letting go is not
+  // told: look again in a moment, and after longer moments while the channel stays busy.
+  retry_ms_ = std::clamp(2 * retry_ms_, 1, kLongestRetryMilliseconds);
+  wake();
 }
 
 void qem_util::process(const std::string& msg) {

@@ -41,7 +41,9 @@ class ServerTest : public TempEnvTest {
     server.reset();
     TempEnvTest::TearDown();
   }
-  void Start() { server = std::make_unique<qem_util>("alive", "cmd", "rep", "up"); }
+  void Start(qem_util::pacing pace = {}) {
+    server = std::make_unique<qem_util>("alive", "cmd", "rep", "up", pace);
+  }
 
   // Into the command channel from this process, in one critical section.
   static void Put(const std::vector<std::string>& messages) {
@@ -56,9 +58,10 @@ class ServerTest : public TempEnvTest {
     auto sender = Spawn({QEM_CHANNEL_TOOL, "send", "cmd"}, {.stdin_path = root() / "input"});
     ASSERT_EQ(sender.Wait(std::chrono::seconds(30)), 0);
   }
-  // Runs the loop, and with it the server's ticks, until the condition holds or 20 s pass.
-  static bool RunUntil(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  // Runs the loop, and with it the server's ticks, until the condition holds or the limit passes.
+  static bool RunUntil(const std::function<bool()>& condition,
+                       std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+    const auto deadline = std::chrono::steady_clock::now() + limit;
     while (!condition() && std::chrono::steady_clock::now() < deadline) {
       QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
       std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -1,0 +1,147 @@
+// The wake-up on a write to the command channel, against real sender processes.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <time.h>
+
+#include <QEvent>
+#include <QTimer>
+#include <QWidget>
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "server_fixture.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using qem_test::Create;
+using qem_test::Set;
+
+constexpr int kHour = 3'600'000;
+
+// Every title that a window was given, in the order given, by the text before its ':'.
+struct TitleLog : QObject {
+  std::map<std::string, std::vector<std::string>> titles;
+  bool eventFilter(QObject* object, QEvent* event) override {
+    if (event->type() == QEvent::WindowTitleChange && object->isWidgetType()) {
+      const std::string title = static_cast<QWidget*>(object)->windowTitle().toStdString();
+      titles[title.substr(0, title.find(':'))].push_back(title);
+    }
+    return false;
+  }
+};
+
+double ThreadCpuMs() {
+  timespec now{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
+}
+
+using Wake = qem_test::ServerTest;
+
+TEST_F(Wake, WokenStepsAloneBringEachMessageButNeverInsideTheCaller) {
+  Start({.tick_ms = kHour});
+  ASSERT_TRUE(RunUntil([&] { return server->steps().ticks == 1; }));  // the first tick, at once
+  Put({Create("p1", "A")});
+  server->wake();
+  EXPECT_EQ(Window("p1"), nullptr) << "the step ran inside the call";
+  ASSERT_TRUE(RunUntil([&] { return TitleOf("p1") == "A"; }));
+  SendFromProcess({Set("p1", "B")});
+  EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "B"; }));
+
+  // A sender still inside the channel: the woken step tries again until it has let go.
+  auto holder = qem_test::Spawn(
+      {QEM_CHANNEL_HELPER, "hold-lock", prefs() / "qem.many_to_one.cmd", root() / "held"});
+  ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(root() / "held"); }, 10s));
+  const auto woken = server->steps().woken;
+  qem_test::WriteFile(Data(), Set("p1", "C") + '\0');
+  ASSERT_TRUE(RunUntil([&] { return server->steps().woken > woken + 2; }));
+  EXPECT_EQ(TitleOf("p1"), "B");
+  holder.Kill(SIGKILL);
+  holder.Wait(10s);
+  EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "C"; }));
+  EXPECT_EQ(server->steps().ticks, 1U);
+}
+
+TEST_F(Wake, TheTickTakesOverAStreamAndAFolderMadeAnewAndHandsBack) {
+  Start({.tick_ms = kHour});
+  ASSERT_TRUE(RunUntil([&] { return server->steps().ticks == 1; }));
+  server->process(Create("p1", "A"));
+  // Two messages in one step: a stream, left to the tick until it finds the channel empty.
+  Put({Set("p1", "B"), Set("p1", "C")});
+  ASSERT_TRUE(RunUntil([&] { return TitleOf("p1") == "C"; }));
+  Put({Set("p1", "D")});
+  EXPECT_FALSE(RunUntil([&] { return TitleOf("p1") == "D"; }, 200ms)) << "woken during a stream";
+  server->poll();
+  EXPECT_EQ(TitleOf("p1"), "D");
+  server->poll();
+  Put({Set("p1", "E")});
+  EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "E"; })) << "not handed back";
+
+  // The folder goes (told as a change too): the tick that reads what its sender made anew
+  // watches it again.
+  const auto woken = server->steps().woken;
+  std::filesystem::remove(Data().parent_path());
+  ASSERT_TRUE(RunUntil([&] { return server->steps().woken > woken; }));
+  SendFromProcess({Set("p1", "F")});
+  server->poll();
+  EXPECT_EQ(TitleOf("p1"), "F");
+  Put({Set("p1", "G")});
+  EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "G"; })) << "the folder is not watched";
+}
+
+TEST_F(Wake, ManySendersLoseNothingWithOrWithoutWakeUpsAndNeverStallTheThread) {
+  constexpr int kSenders = 8, kEach = 40;
+  for (const bool wake : {true, false}) {
+    SCOPED_TRACE(wake ? "woken" : "tick alone");
+    Start({.wake_on_write = wake});
+    std::map<std::string, std::vector<std::string>> expected;
+    for (int k = 0; k < kSenders; ++k) {
+      const std::string id = "w" + std::to_string(k), tag = std::to_string(k);
+      server->process(Create(id, "start"));
+      std::string lines;
+      for (int i = 0; i < kEach; ++i) {
+        expected[tag].push_back(tag + ":" + std::to_string(i));
+        lines += Set(id, expected[tag].back()) + "\n";
+      }
+      qem_test::WriteFile(root() / ("input" + tag), lines);
+    }
+    TitleLog log;
+    QCoreApplication::instance()->installEventFilter(&log);
+    // The longest stretch of the thread's own work between two beats of a 1 ms heartbeat.
+    QTimer beat;
+    double last = 0, stall = 0;
+    QObject::connect(&beat, &QTimer::timeout, [&] {
+      const double now = ThreadCpuMs();
+      if (last > 0) stall = std::max(stall, now - last);
+      last = now;
+    });
+    beat.start(1);
+    std::vector<qem_test::Child> senders;
+    for (int k = 0; k < kSenders; ++k) {
+      senders.push_back(qem_test::Spawn({QEM_CHANNEL_TOOL, "send", "cmd"},
+                                        {.stdin_path = root() / ("input" + std::to_string(k))}));
+    }
+    // The loop runs while they send, so that their writes are told as they come.
+    RunUntil([&] { return log.titles == expected; }, 60s);
+    for (auto& sender : senders) ASSERT_EQ(sender.Wait(60s), 0);
+    EXPECT_EQ(log.titles, expected);
+    EXPECT_LT(stall, 15.0);
+    // Woken steps run for messages, never on their own: an idle channel wakes nothing.
+    const auto woken = server->steps().woken;
+    EXPECT_LE(woken, static_cast<std::uint64_t>(kSenders * kEach));
+    EXPECT_EQ(woken > 0, wake);
+    const auto ticks = server->steps().ticks;
+    RunUntil([&] { return server->steps().ticks > ticks + 8; });
+    EXPECT_EQ(server->steps().woken, woken);
+    QCoreApplication::instance()->removeEventFilter(&log);
+    server.reset();
+  }
+}
+
+}  // namespace
