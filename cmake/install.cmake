@@ -7,14 +7,7 @@ install(TARGETS qem_util qem_ctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS qem_client qem_core EXPORT qem_client_targets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 
-# The client's headers and the core headers that they include, and no other: a program that
-# links qem::client compiles against these alone (scripts/package-check builds one that way).
-set(qem_public_headers
-  client/command.h client/event.h client/helper_lookup.h client/helper_process.h
-  client/session.h client/session_names.h
-  channel/lock_file.h channel/log_file.h channel/many_to_one_base.h
-  channel/many_to_one_receiver.h channel/many_to_one_sender.h
-  platform/folder_item.h platform/text_stream.h)
+include(${CMAKE_CURRENT_LIST_DIR}/public_headers.cmake)
 foreach(header ${qem_public_headers})
   get_filename_component(folder ${header} DIRECTORY)
   install(FILES src/${header} DESTINATION ${QEM_INSTALL_HEADERDIR}/${folder})
