@@ -15,10 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "console/qem_util_test.h"
-#include "platform/run_loop.h"
+#include "console/console_fixture.h"
 #include "progress/wprogress.h"
-#include "support/temp_env.h"
 
 namespace {
 
@@ -51,24 +49,17 @@ class NoReplies : public message_forwarder {
   void write(const std::string&) override {}
 };
 
-class MenuBarTest : public qem_test::TempEnvTest {
+class MenuBarTest : public qem_test::ConsoleTest {
  protected:
   void SetUp() override {
 #ifdef __APPLE__
     GTEST_SKIP() << "the screen's menu bar shows it";
 #endif
-    TempEnvTest::SetUp();
-    platform::DesktopApplication::Instance()->MenuBar(main_menu_bar());
-    console = std::make_unique<qem_util_test>();
+    ConsoleTest::SetUp();
     console->Frame()->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(console->Frame()));
     bar = console->Frame()->findChild<QMenuBar*>();
     ASSERT_NE(bar, nullptr);
-  }
-  void TearDown() override {
-    console.reset();
-    platform::DesktopApplication::Instance()->MenuBar(nullptr);
-    TempEnvTest::TearDown();
   }
   // The item of the Edit menu with that text, as the console shows it.
   QAction* EditItem(const char* text) {
@@ -78,42 +69,36 @@ class MenuBarTest : public qem_test::TempEnvTest {
     ADD_FAILURE() << "no item " << text;
     return nullptr;
   }
-
-  std::unique_ptr<qem_util_test> console;
   QMenuBar* bar = nullptr;
 };
 
 TEST_F(MenuBarTest, HoldsTheTableAndTheConsoleShowsItAboveItsClientArea) {
   // The items as the bar holds them and as the console shows them, side by side, in order.
-  struct Item {
-    std::string menu;
-    std::shared_ptr<platform::DesktopMenuItem> item;
-    QAction* shown;
+  std::size_t k = 0;
+  const auto check = [&](const std::string& menu, const platform::DesktopMenuItem& item,
+                         const QAction* shown) {
+    ASSERT_LT(k, std::size(kTable));
+    const Row& row = kTable[k++];
+    EXPECT_EQ(menu, row.menu) << row.name;
+    EXPECT_EQ(item.Name(), row.name);
+    EXPECT_EQ(item.Text(), row.text) << row.name;
+    EXPECT_EQ(item.Shortcut(), row.shortcut) << row.name;
+    EXPECT_TRUE(item.AutoEnabled() && item.Visible()) << row.name;
+    EXPECT_EQ(shown->isSeparator() ? "-" : shown->text().toStdString(), row.text) << row.name;
+    EXPECT_EQ(shown->shortcut(), row.keys) << row.name;
   };
-  std::vector<Item> items;
   const auto main = main_menu_bar();
   ASSERT_EQ(main->Count(), bar->actions().size());
   for (std::int64_t i = 0; i < main->Count(); ++i) {
     const auto menu = main->MenuAt(i);
     QMenu* shown = bar->actions().at(i)->menu();
-    items.push_back({"", menu, shown->menuAction()});
+    check("", *menu, shown->menuAction());
     ASSERT_EQ(menu->Count(), shown->actions().size()) << menu->Name();
     for (std::int64_t j = 0; j < menu->Count(); ++j) {
-      items.push_back({menu->Name(), menu->MenuAt(j), shown->actions().at(j)});
+      check(menu->Name(), *menu->MenuAt(j), shown->actions().at(j));
     }
   }
-  ASSERT_EQ(items.size(), std::size(kTable));
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    const auto& [menu, item, shown] = items[i];
-    const Row& row = kTable[i];
-    EXPECT_EQ(menu, row.menu) << row.name;
-    EXPECT_EQ(item->Name(), row.name);
-    EXPECT_EQ(item->Text(), row.text) << row.name;
-    EXPECT_EQ(item->Shortcut(), row.shortcut) << row.name;
-    EXPECT_TRUE(item->AutoEnabled() && item->Visible()) << row.name;
-    EXPECT_EQ(shown->isSeparator() ? "-" : shown->text().toStdString(), row.text) << row.name;
-    EXPECT_EQ(shown->shortcut(), row.keys) << row.name;
-  }
+  EXPECT_EQ(k, std::size(kTable));
   EXPECT_EQ(console->Widget()->geometry(), QRect(0, bar->height(), 600, 400));
   // Progress windows float without one.
   wProgress progress("p1", nullptr, std::make_shared<NoReplies>());

@@ -1,7 +1,6 @@
 #include "app/misc.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <optional>
 
@@ -51,10 +50,6 @@ TEST(CommandLine, CmdLineReadsTheProgramArgumentsAndKeepsWhatItFound) {
   platform::System::SetArguments(3, later);
   EXPECT_EQ(misc::cmd_line("CHANNEL"), "one");
   EXPECT_EQ(misc::cmd_line("launch-key"), "k");
-}
-
-TEST(CommandLine, ProcessIdIsOurs) {
-  EXPECT_EQ(misc::my_process_id(), ::getpid());
 }
 
 }  // namespace

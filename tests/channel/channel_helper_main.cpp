@@ -1,10 +1,9 @@
 // A small program that the cross-process tests start many times over: it takes locks, counts
-// under them, holds them until it is killed, and sends numbered messages on a channel.
+// under them, and holds them until it is killed.
 //
 //   channel_helper lock-count LOCK COUNTER N   N times: take LOCK, add one to COUNTER, let go
 //   channel_helper hold-lock LOCK READY [spawn] take LOCK (and start a sleeping child), write
 //                                               READY (the child's pid, or 0), wait to be killed
-//   channel_helper send ID TAG COUNT PER_OP    send COUNT numbered messages, PER_OP per op
 //
 // Exit status 0 on success, 2 on bad usage, 4 and up for a broken promise seen from inside.
 
@@ -21,8 +20,6 @@
 
 #include "channel/lock_file.h"
 #include "channel/log_file.h"
-#include "channel/many_to_one_sender.h"
-#include "channel_messages.h"
 
 namespace {
 
@@ -97,19 +94,6 @@ int main(int argc, char** argv) {
   }
   if ((args.size() == 3 || args.size() == 4) && args[0] == "hold-lock") {
     return HoldLock(args[1], args[2], args.size() == 4);
-  }
-  if (args.size() == 5 && args[0] == "send") {
-    auto sender = std::make_shared<many_to_one::sender>(args[1], log_file::make_null());
-    int tag = std::atoi(args[2].c_str());
-    int count = std::atoi(args[3].c_str());
-    int per_op = std::atoi(args[4].c_str());
-    for (int i = 0; i < count;) {
-      auto op = sender->op();
-      for (int k = 0; k < per_op && i < count; ++k, ++i) {
-        op->write(qem_test::NumberedMessage(tag, i));
-      }
-    }
-    return 0;
   }
   std::fprintf(stderr, "channel_helper: bad usage\n");
   return 2;

@@ -1,20 +1,19 @@
 // The channel between real processes: many senders against one receiver, and a sender that dies
-// while it holds the entry lock.
+// while it holds the entry lock. The senders are the qem_channel tool, one message per line.
 
 #include <gtest/gtest.h>
 #include <signal.h>
 
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <thread>
 #include <vector>
 
 #include "channel/lock_file.h"
-#include "channel/log_file.h"
 #include "channel/many_to_one_receiver.h"
 #include "channel_fixture.h"
-#include "channel_messages.h"
 #include "platform/clock.h"
 #include "support/process.h"
 
@@ -22,13 +21,13 @@ namespace {
 
 using namespace std::chrono_literals;
 using many_to_one::receiver;
-using ChannelProcessTest = qem_test::ChannelTest;
 
-const std::string kHelper = QEM_CHANNEL_HELPER;
-
-qem_test::Child StartSender(const std::string& id, int tag, int count, int per_op) {
-  return qem_test::Spawn(
-      {kHelper, "send", id, std::to_string(tag), std::to_string(count), std::to_string(per_op)});
+// Message `index` of sender `tag`: "tag:index:" and then one letter over and over, 64 KiB in all
+// for every 25th. A record merged with another or cut short is no message of this form.
+std::string Numbered(int tag, int index) {
+  std::string head = std::to_string(tag) + ":" + std::to_string(index) + ":";
+  std::size_t length = index % 25 == 7 ? 64 * 1024 - head.size() : index * 37 % 200;
+  return head + std::string(length, static_cast<char>('a' + (tag * 7 + index) % 26));
 }
 
 // Drains `sock` until `total` messages came or the time is up. Checks each message on arrival:
@@ -40,7 +39,8 @@ int Drain(receiver& sock, std::map<int, int>& next, int total, std::chrono::seco
     auto op = sock.op();
     for (std::string message; !(message = op->read()).empty();) {
       int tag = -1, index = -1;
-      if (!qem_test::ParseNumbered(message, tag, index)) {
+      if (std::sscanf(message.c_str(), "%d:%d:", &tag, &index) != 2 ||
+          message != Numbered(tag, index)) {
         ADD_FAILURE() << "torn or merged record of " << message.size()
                       << " bytes: " << message.substr(0, 40);
         return received;
@@ -53,20 +53,27 @@ int Drain(receiver& sock, std::map<int, int>& next, int total, std::chrono::seco
   return received;
 }
 
+class ChannelProcessTest : public qem_test::ChannelTest {
+ protected:
+  qem_test::Child StartSender(const std::string& id, int tag, int count) {
+    std::string lines;
+    for (int i = 0; i < count; ++i) lines += Numbered(tag, i) + "\n";
+    const auto input = root() / ("input" + std::to_string(tag));
+    qem_test::WriteFile(input, lines);
+    return qem_test::Spawn({QEM_CHANNEL_TOOL, "send", id}, {.stdin_path = input.string()});
+  }
+};
+
 TEST_F(ChannelProcessTest, EightSendersDeliverEveryMessageOnceAndInTheirOrder) {
   constexpr int kSenders = 8;
   constexpr int kMessages = 300;  // every 25th is 64 KiB
-  constexpr int kPerOp = 10;
   auto sock = receiver::make("busy", log_file::make_null());
   ASSERT_NE(sock, nullptr);
   std::vector<qem_test::Child> senders;
-  for (int tag = 0; tag < kSenders; ++tag) {
-    senders.push_back(StartSender("busy", tag, kMessages, kPerOp));
-  }
+  for (int tag = 0; tag < kSenders; ++tag) senders.push_back(StartSender("busy", tag, kMessages));
   std::map<int, int> next;
-  int received = Drain(*sock, next, kSenders * kMessages, 100s);
+  EXPECT_EQ(Drain(*sock, next, kSenders * kMessages, 100s), kSenders * kMessages);
   for (auto& child : senders) EXPECT_EQ(child.Wait(30s), 0);
-  EXPECT_EQ(received, kSenders * kMessages);
   for (int tag = 0; tag < kSenders; ++tag) EXPECT_EQ(next[tag], kMessages) << "sender " << tag;
   EXPECT_EQ(sock->op()->read(), "");
   EXPECT_EQ(sock->buffer(), "");
@@ -78,12 +85,11 @@ TEST_F(ChannelProcessTest, SenderKilledInsideItsOpFreesTheEntryLockForTheOthers)
   ASSERT_NE(sock, nullptr);
   auto ready = root() / "ready";
   // A sender inside its op holds the entry lock, and nothing else of the channel.
-  auto holder = qem_test::Spawn({kHelper, "hold-lock", EntryLock("ch").string(), ready.string()});
+  auto holder = qem_test::Spawn({QEM_CHANNEL_HELPER, "hold-lock", EntryLock("ch"), ready});
   ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(ready); }, 30s));
-  EXPECT_EQ(lock_file::make(platform::FolderItem(EntryLock("ch")), log_file::make_null()), nullptr);
   std::vector<qem_test::Child> senders;
-  senders.push_back(StartSender("ch", 1, 20, 4));
-  senders.push_back(StartSender("ch", 2, 20, 4));
+  senders.push_back(StartSender("ch", 1, 20));
+  senders.push_back(StartSender("ch", 2, 20));
   std::this_thread::sleep_for(300ms);
   for (auto& child : senders) EXPECT_TRUE(child.Running()) << "senders wait behind the holder";
   EXPECT_FALSE(std::filesystem::exists(Data("ch")));
@@ -92,8 +98,7 @@ TEST_F(ChannelProcessTest, SenderKilledInsideItsOpFreesTheEntryLockForTheOthers)
   std::map<int, int> next;
   EXPECT_EQ(Drain(*sock, next, 40, 60s), 40);
   for (auto& child : senders) EXPECT_EQ(child.Wait(30s), 0);
-  EXPECT_EQ(next[1], 20);
-  EXPECT_EQ(next[2], 20);
+  EXPECT_EQ(next, (std::map<int, int>{{1, 20}, {2, 20}}));
   EXPECT_FALSE(std::filesystem::exists(EntryLock("ch"))) << "the leftover file went on release";
 }
 

@@ -22,17 +22,6 @@ using LockProcessTest = qem_test::TempEnvTest;
 
 const std::string kHelper = QEM_CHANNEL_HELPER;
 
-// Starts a helper that takes the lock and holds it until killed; gives what it wrote to READY
-// once it holds the lock.
-std::string StartHolder(qem_test::Child& child, const std::filesystem::path& lock,
-                        const std::filesystem::path& ready, bool spawn) {
-  std::vector<std::string> argv = {kHelper, "hold-lock", lock.string(), ready.string()};
-  if (spawn) argv.push_back("spawn");
-  child = qem_test::Spawn(argv);
-  bool up = qem_test::WaitUntil([&] { return std::filesystem::exists(ready); }, 30s);
-  return up ? qem_test::ReadFile(ready) : std::string();
-}
-
 TEST_F(LockProcessTest, CounterUnderTheLockIsExactAcrossEightProcesses) {
   constexpr int kProcesses = 8;
   constexpr int kRounds = 300;
@@ -50,11 +39,11 @@ TEST_F(LockProcessTest, CounterUnderTheLockIsExactAcrossEightProcesses) {
 }
 
 TEST_F(LockProcessTest, ChildOfAHolderDoesNotKeepTheLockAlive) {
-  auto path = tmp() / "parent.lock";
-  qem_test::Child holder;
-  std::string ready = StartHolder(holder, path, root() / "ready", true);
-  ASSERT_FALSE(ready.empty());
-  pid_t grandchild = static_cast<pid_t>(std::stol(ready));
+  // The holder starts a child of its own, then writes its pid to "ready".
+  auto path = tmp() / "parent.lock", ready = root() / "ready";
+  auto holder = qem_test::Spawn({kHelper, "hold-lock", path, ready, "spawn"});
+  ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(ready); }, 30s));
+  pid_t grandchild = static_cast<pid_t>(std::stol(qem_test::ReadFile(ready)));
   ASSERT_GT(grandchild, 0);
   holder.Kill(SIGKILL);
   EXPECT_EQ(holder.Wait(30s), 128 + SIGKILL);

@@ -21,14 +21,8 @@ class QemChannelTest : public qem_test::ChannelTest {
   // Runs the tool to its end; gives its exit status and keeps what it wrote.
   int Run(std::vector<std::string> args, const std::string& input = "") {
     args.insert(args.begin(), QEM_CHANNEL_TOOL);
-    qem_test::SpawnOptions options;
-    options.stdout_path = (root() / "out").string();
-    options.stderr_path = (root() / "err").string();
-    if (!input.empty()) {
-      qem_test::WriteFile(root() / "in", input);
-      options.stdin_path = (root() / "in").string();
-    }
-    int status = qem_test::Spawn(args, options).Wait(60s);
+    qem_test::WriteFile(root() / "in", input);
+    int status = qem_test::Spawn(args, {root() / "in", root() / "out", root() / "err"}).Wait(60s);
     out = qem_test::ReadFile(root() / "out");
     err = qem_test::ReadFile(root() / "err");
     return status;
@@ -39,9 +33,7 @@ class QemChannelTest : public qem_test::ChannelTest {
   qem_test::Child StartReceiver(std::vector<std::string> args) {
     const std::string id = args.front();
     args.insert(args.begin(), {QEM_CHANNEL_TOOL, "receive"});
-    qem_test::SpawnOptions options;
-    options.stdout_path = Received().string();
-    auto child = qem_test::Spawn(args, options);
+    auto child = qem_test::Spawn(args, {.stdout_path = Received()});
     EXPECT_TRUE(
         qem_test::WaitUntil([&] { return std::filesystem::exists(ReceiverLock(id)); }, 30s));
     return child;
@@ -88,11 +80,9 @@ TEST_F(QemChannelTest, PurgeNulEndingsAndRecordsBeyondTheCountArePutBack) {
 TEST_F(QemChannelTest, BadUsageAndRefusedIdsExitWithTwoAndAQuietChannelTimesOut) {
   const std::vector<std::vector<std::string>> bad = {{},
                                                      {"listen", "ch"},
-                                                     {"send"},
                                                      {"send", "ch", "one", "two"},
                                                      {"receive", "ch", "--count", "0"},
                                                      {"receive", "ch", "--timeout", "soon"},
-                                                     {"occupied", "ch", "extra"},
                                                      {"send", "a/b", "x"}};
   for (const auto& args : bad) {
     SCOPED_TRACE(testing::PrintToString(args));

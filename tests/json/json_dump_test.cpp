@@ -16,12 +16,10 @@ class JsonDumpTool : public qem_test::TempEnvTest {
   int Run(const std::vector<std::string>& args, const std::string& input = "") {
     std::vector<std::string> argv{QEM_JSON_DUMP_PATH};
     argv.insert(argv.end(), args.begin(), args.end());
-    const qem_test::SpawnOptions options{(root() / "stdin").string(), (root() / "stdout").string(),
-                                         (root() / "stderr").string()};
-    qem_test::WriteFile(options.stdin_path, input);
-    int status = qem_test::Spawn(argv, options).Wait();
-    out = qem_test::ReadFile(options.stdout_path);
-    err = qem_test::ReadFile(options.stderr_path);
+    qem_test::WriteFile(root() / "in", input);
+    int status = qem_test::Spawn(argv, {root() / "in", root() / "out", root() / "err"}).Wait();
+    out = qem_test::ReadFile(root() / "out");
+    err = qem_test::ReadFile(root() / "err");
     return status;
   }
   std::string out, err;

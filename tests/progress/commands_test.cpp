@@ -1,8 +1,9 @@
-// Commands and the stack of states: what "set", "push" and "delete" change, and that nothing a
-// caller sends can break a window.
+// Commands and the stack of states: what "set", "push" and "delete" change, the button specs
+// read from them, and that nothing a caller sends can break a window.
 
 #include <gtest/gtest.h>
 
+#include "platform/exceptions.h"
 #include "progress_fixture.h"
 
 namespace {
@@ -43,7 +44,7 @@ TEST_F(Commands, PushThenPressShowsTheStateBelowAsItWas) {
 }
 
 TEST_F(Commands, ThreePushesNeedThreePressesAndAFourthChangesNoState) {
-  auto w = Make(R"({"message":"base","btn_spec":[{"id":"b0"}]})");
+  auto w = Make(R"({"message":"base","btn_spec":[{"text":"No id"}]})");
   for (const char* id : {"b1", "b2", "b3"}) {
     w->cmd(Command(std::string(R"({"cmd":"Push","message":")") + id + R"(","btn_spec":[{"id":")" +
                    id + R"("}]})"));
@@ -55,7 +56,22 @@ TEST_F(Commands, ThreePushesNeedThreePressesAndAFourthChangesNoState) {
   EXPECT_EQ(w->Title(), "base");
   EXPECT_EQ(w->stack.size(), 1u);
   ASSERT_EQ(replies_->replies.size(), 4u);
-  EXPECT_EQ(replies_->replies[3], R"({"obj_id":"w1","cmd":"pressed","btn_id":"b0"})");
+  EXPECT_EQ(replies_->replies[3], R"({"obj_id":"w1","cmd":"pressed","btn_id":""})");
+}
+
+class FailingForwarder : public message_forwarder {
+ public:
+  void write(const std::string&) override { throw platform::IOException("reply channel gone"); }
+};
+
+TEST_F(Commands, AFailedReplyIsReportedAndKeepsThePushedState) {
+  auto w = qem_test::MakeWindow(R"({"style":1,"btn_spec":[{"text":"A"}]})", nullptr,
+                                std::make_shared<FailingForwarder>());
+  w->cmd(Command(R"({"cmd":"push","style":1,"btn_spec":[{"text":"B"}]})"));
+  testing::internal::CaptureStderr();
+  qem_test::Press(*w, 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "qem_util: reply channel gone\n");
+  EXPECT_EQ(w->btn(0).Caption(), "B");
 }
 
 TEST_F(Commands, DeleteIgnoresItsOtherKeysAndOtherWordsDoNothing) {
@@ -121,6 +137,33 @@ TEST_F(Commands, ExtremeValuesStillGiveAWholeLayout) {
     EXPECT_EQ(w->Height(), w->ProgressBar1().Top() + 40) << json;
   }
   EXPECT_EQ(w->stack.size(), 2u);
+}
+
+// The layout never compares styles; callers that order them rely on this.
+TEST(Records, AStyleComparesAboveNilAndByValue) {
+  using progress_helpers::prog_style;
+  const prog_style two = prog_style::has_progress();
+  EXPECT_EQ(prog_style::none().Compare(nullptr), -1);
+  EXPECT_EQ(prog_style::hidden().Compare(&two), 1);
+  EXPECT_EQ(prog_style::has_message().Compare(&two), -1);
+  EXPECT_EQ(two.Compare(&two), 0);
+}
+
+TEST(Records, SpecsReadOnlyIdAndTextAndSkipWhatIsNoObject) {
+  auto d = qem_test::Command(R"({"a":[{"text":"Only text"},{"id":"v","visible":false,"width":9},)"
+                             R"("x",7,{"id":{"no":1}}]})");
+  std::vector<std::size_t> skipped;
+  auto specs = button_spec::from_dictionary_array(d->Value("a").ArrayValue(),
+                                                  [&](std::size_t i) { skipped.push_back(i); });
+  ASSERT_EQ(specs.size(), 2u);
+  EXPECT_EQ(specs[0]->id, "");
+  EXPECT_EQ(specs[1]->text, "");
+  for (const auto& s : specs) EXPECT_TRUE(s->visible && s->width == 0.0);
+  EXPECT_EQ(skipped, (std::vector<std::size_t>{2, 3, 4}));
+  // The stand-ins are shared for good, one per index, and never shown.
+  EXPECT_EQ(button_spec::dummy(3), button_spec::dummy(3));
+  EXPECT_EQ(button_spec::dummy(2)->index, 2);
+  EXPECT_FALSE(button_spec::dummy(2)->visible);
 }
 
 }  // namespace

@@ -3,34 +3,29 @@
 #include <stdlib.h>
 
 #include <cstdlib>
+#include <utility>
 
 namespace qem_test {
 
 PrivateFolders::PrivateFolders() {
-  for (int i = 0; i < kCount; ++i) {
-    const char* value = std::getenv(kNames[i]);
-    had_[i] = value != nullptr;
-    if (value) saved_[i] = value;
-  }
   std::string pattern = (std::filesystem::temp_directory_path() / "qem_test.XXXXXX").string();
   if (::mkdtemp(pattern.data()) == nullptr) std::abort();
   root_ = pattern;
-  std::filesystem::create_directories(tmp());
-  std::filesystem::create_directories(prefs());
-  std::filesystem::create_directories(runtime());
+  for (const auto& folder : {tmp(), prefs(), runtime()}) {
+    std::filesystem::create_directories(folder);
+  }
   std::filesystem::permissions(runtime(), std::filesystem::perms::owner_all);
-  const std::filesystem::path values[kCount] = {root_, prefs(), tmp(), runtime()};
-  for (int i = 0; i < kCount; ++i) ::setenv(kNames[i], values[i].c_str(), 1);
+  const std::pair<const char*, std::filesystem::path> values[] = {{"HOME", root_},
+                                                                  {"XDG_CONFIG_HOME", prefs()},
+                                                                  {"TMPDIR", tmp()},
+                                                                  {"XDG_RUNTIME_DIR", runtime()}};
+  for (const auto& [name, path] : values) {
+    environment_.push_back(std::make_unique<ScopedEnv>(name, path.c_str()));
+  }
 }
 
 PrivateFolders::~PrivateFolders() {
-  for (int i = 0; i < kCount; ++i) {
-    if (had_[i]) {
-      ::setenv(kNames[i], saved_[i].c_str(), 1);
-    } else {
-      ::unsetenv(kNames[i]);
-    }
-  }
+  environment_.clear();
   std::error_code ignored;
   // A test may have taken permissions away inside; give them back so everything goes.
   std::filesystem::permissions(root_, std::filesystem::perms::owner_all,

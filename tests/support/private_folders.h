@@ -5,7 +5,10 @@
 // same. The variables are restored and the folder removed when the object goes.
 
 #include <filesystem>
-#include <string>
+#include <memory>
+#include <vector>
+
+#include "support/scoped_env.h"
 
 namespace qem_test {
 
@@ -23,12 +26,8 @@ class PrivateFolders {
   std::filesystem::path runtime() const { return root_ / "runtime"; }
 
  private:
-  static constexpr int kCount = 4;
-  static constexpr const char* kNames[kCount] = {"HOME", "XDG_CONFIG_HOME", "TMPDIR",
-                                                 "XDG_RUNTIME_DIR"};
   std::filesystem::path root_;
-  std::string saved_[kCount];
-  bool had_[kCount] = {};
+  std::vector<std::unique_ptr<ScopedEnv>> environment_;
 };
 
 }  // namespace qem_test

@@ -49,10 +49,6 @@ int Child::Wait(std::chrono::milliseconds limit) {
   }
 }
 
-bool Child::Running() {
-  return Wait(std::chrono::milliseconds(0)) < 0;
-}
-
 void Child::Kill(int signal_number) {
   if (pid_ > 0 && status_ < 0) ::kill(pid_, signal_number);
 }
@@ -72,11 +68,9 @@ Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options) {
   if (pid < 0) std::abort();
   if (pid == 0) {
     Redirect(options.stdin_path.empty() ? "/dev/null" : options.stdin_path, 0, O_RDONLY);
-    if (!options.stdout_path.empty()) {
-      Redirect(options.stdout_path, 1, O_WRONLY | O_CREAT | O_TRUNC);
-    }
-    if (!options.stderr_path.empty()) {
-      Redirect(options.stderr_path, 2, O_WRONLY | O_CREAT | O_TRUNC);
+    for (int fd : {1, 2}) {
+      const std::string& path = fd == 1 ? options.stdout_path : options.stderr_path;
+      if (!path.empty()) Redirect(path, fd, O_WRONLY | O_CREAT | O_TRUNC);
     }
     ::execv(args[0], args.data());
     ::_exit(127);

@@ -30,7 +30,7 @@ class Child {
   // Waits up to `limit` for the child to end. Gives its exit status, 128 + the signal number if
   // a signal ended it, or -1 if it is still running when the limit is reached.
   int Wait(std::chrono::milliseconds limit = std::chrono::seconds(60));
-  bool Running();
+  bool Running() { return Wait(std::chrono::milliseconds(0)) < 0; }
   void Kill(int signal_number);
 
  private:
