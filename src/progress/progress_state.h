@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "progress/button_spec.h"
+#include "progress/button_record.h"
 #include "progress/progress_helpers.h"
 
 class progress_state {

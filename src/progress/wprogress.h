@@ -19,7 +19,7 @@
 #include "platform/desktop_window.h"
 #include "platform/dictionary.h"
 #include "platform/text_measurer.h"
-#include "progress/button_spec.h"
+#include "progress/button_record.h"
 #include "progress/progress_helpers.h"
 #include "progress/progress_state.h"
 #include "server/commandable.h"

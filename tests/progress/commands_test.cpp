@@ -1,4 +1,4 @@
-// Commands and the stack of states: what "set", "push" and "delete" change, the button specs
+// Commands and the stack of states: what "set", "push" and "delete" change, the button records
 // read from them, and that nothing a caller sends can break a window.
 
 #include <gtest/gtest.h>
@@ -91,7 +91,7 @@ TEST_F(Commands, AKeyThatCantBeConvertedIsSkippedWithOneLineAndTheRestApply) {
   struct Case {
     const char* bad;   // comes after the good keys and replaces one of them
     const char* line;  // the one stderr line, after "qem_util: wProgress "w1": "
-    std::size_t specs;
+    std::size_t entries;
   };
   const Case cases[] = {
       {R"("style":{"a":1})", R"(key "style" skipped)", 1},
@@ -119,10 +119,10 @@ TEST_F(Commands, AKeyThatCantBeConvertedIsSkippedWithOneLineAndTheRestApply) {
     EXPECT_EQ(s.title, skipped("\"title\"") ? "" : "Backup") << c.bad;
     EXPECT_EQ(s.msg, skipped("\"message\"") ? "" : "Copying") << c.bad;
     EXPECT_EQ(s.progress, skipped("\"progress\"") ? 0.0 : 0.5) << c.bad;
-    EXPECT_EQ(s.btn_specs.size(), c.specs) << c.bad;
+    EXPECT_EQ(s.btn_specs.size(), c.entries) << c.bad;
     // And the layout ran to its end.
     EXPECT_EQ(w->Height(), w->ProgressBar1().Top() + 40) << c.bad;
-    EXPECT_EQ(w->btn(0).Visible(), c.specs == 1) << c.bad;
+    EXPECT_EQ(w->btn(0).Visible(), c.entries == 1) << c.bad;
   }
 }
 
@@ -153,12 +153,12 @@ TEST(Records, SpecsReadOnlyIdAndTextAndSkipWhatIsNoObject) {
   auto d = qem_test::Command(R"({"a":[{"text":"Only text"},{"id":"v","visible":false,"width":9},)"
                              R"("x",7,{"id":{"no":1}}]})");
   std::vector<std::size_t> skipped;
-  auto specs = button_spec::from_dictionary_array(d->Value("a").ArrayValue(),
-                                                  [&](std::size_t i) { skipped.push_back(i); });
-  ASSERT_EQ(specs.size(), 2u);
-  EXPECT_EQ(specs[0]->id, "");
-  EXPECT_EQ(specs[1]->text, "");
-  for (const auto& s : specs) EXPECT_TRUE(s->visible && s->width == 0.0);
+  auto entries = button_spec::from_dictionary_array(d->Value("a").ArrayValue(),
+                                                    [&](std::size_t i) { skipped.push_back(i); });
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_EQ(entries[0]->id, "");
+  EXPECT_EQ(entries[1]->text, "");
+  for (const auto& s : entries) EXPECT_TRUE(s->visible && s->width == 0.0);
   EXPECT_EQ(skipped, (std::vector<std::size_t>{2, 3, 4}));
   // The stand-ins are shared for good, one per index, and never shown.
   EXPECT_EQ(button_spec::dummy(3), button_spec::dummy(3));

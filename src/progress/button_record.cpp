@@ -1,4 +1,4 @@
-#include "progress/button_spec.h"
+#include "progress/button_record.h"
 
 #include "platform/exceptions.h"
 
