@@ -33,6 +33,8 @@ TEST_F(ServerTest, SenderProcessDrivesWindowsAndAPressRepliesOnTheReplyChannel) 
   ASSERT_TRUE(RunUntil([&] { return Window("p1") && Window("p1")->stack.size() == 2; }));
   wProgress& p1 = *Window("p1");
   QTest::mouseClick(p1.btn(0).Widget(), Qt::LeftButton);
+  // The reply's sender holds nothing between messages: no entry lock of the reply channel.
+  EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.rep"));
   EXPECT_EQ(replies->op()->read(), R"({"obj_id":"p1","cmd":"pressed","btn_id":"ok"})");
   // The push is gone and the state below shows again, as "set" left it.
   EXPECT_EQ(p1.btn(0).Caption(), "Stop");
