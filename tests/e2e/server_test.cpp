@@ -1,11 +1,13 @@
 // The command server as a process shows it from outside, offscreen: what it reads it reports on
-// stderr when a command has a key it can't use, so a test sees which commands were handled.
+// stderr when a command has a key it can't use, so a test sees which commands were handled. Its
+// lock files, and the memory that deleted windows leave, as the system sees them.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -20,6 +22,23 @@ using qem_test::WaitUntil;
 std::string Telltale(const std::string& id) {
   return R"({"obj_id":")" + id + R"(","cmd":"create","type":"wprogress","style":{"x":1}})";
 }
+
+// Resident memory of a process, in kB.
+long RssKb(pid_t pid) {
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) return std::stol(line.substr(6));
+  }
+  return -1;
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kSanitized = true;
+#elif defined(__has_feature)
+constexpr bool kSanitized = __has_feature(address_sanitizer);
+#else
+constexpr bool kSanitized = false;
+#endif
 
 class Server : public qem_test::HelperTest {
  protected:
@@ -47,6 +66,18 @@ TEST_F(Server, LeftoversArePurgedBeforeTheLaunchLockSaysUp) {
 TEST_F(Server, ASecondHelperOnTheChannelExitsWithStatusThreeAndNeverSaysUp) {
   auto first = StartHelper(ServerArgs());
   ASSERT_TRUE(WaitUntil([] { return Occupied("launched"); }, 20s));
+  // A cleaner of the folders deletes the first one's lock files: it takes both again, so it
+  // still says "up" and stays the one receiver of its channel.
+  const auto receiver_lock = prefs() / "qem.many_to_one.r.cmd";
+  std::filesystem::remove(tmp() / "launched");
+  std::filesystem::remove(receiver_lock);
+  ASSERT_TRUE(WaitUntil(
+      [&] {
+        return std::filesystem::exists(tmp() / "launched") &&
+               std::filesystem::exists(receiver_lock);
+      },
+      20s));
+  EXPECT_TRUE(Occupied("launched"));
   auto second =
       StartHelper({"--stay-alive-key=alive", "--channel=cmd", "--launch-key=second"}, "second.txt");
   EXPECT_EQ(second.Wait(20s), 3);
@@ -58,6 +89,33 @@ TEST_F(Server, ASecondHelperOnTheChannelExitsWithStatusThreeAndNeverSaysUp) {
   Send({Telltale("still")});
   EXPECT_TRUE(Said("\"still\"")) << Stderr();
   EXPECT_TRUE(first.Running());
+  EXPECT_EQ(Stderr().find("receiver lock"), std::string::npos) << Stderr();
+}
+
+TEST_F(Server, MemoryOfDeletedWindowsGoesBackToTheSystem) {
+  if (kSanitized) GTEST_SKIP() << "the sanitizers' allocator keeps freed memory on purpose";
+  auto helper = StartHelper(ServerArgs());
+  ASSERT_TRUE(WaitUntil([] { return Occupied("launched"); }, 20s));
+  const long before = RssKb(helper.pid());
+  std::vector<std::string> creates, deletes;
+  for (int i = 0; i < 400; ++i) {
+    const std::string id = "w" + std::to_string(i);
+    creates.push_back(R"({"obj_id":")" + id +
+                      R"(","cmd":"create","type":"wprogress","style":3,"title":"Copy",)"
+                      R"("btn_spec":[{"id":"stop","text":"Stop"},{"id":"go","text":"Go"}]})");
+    deletes.push_back(R"({"obj_id":")" + id + R"(","cmd":"delete"})");
+  }
+  creates.push_back(Telltale("made"));
+  deletes.push_back(Telltale("gone"));
+  Send(creates);
+  ASSERT_TRUE(Said("\"made\"")) << Stderr();
+  const long with = RssKb(helper.pid());
+  Send(deletes);
+  ASSERT_TRUE(Said("\"gone\"")) << Stderr();
+  // Kept, the windows' memory would stay at about what they took.
+  EXPECT_TRUE(WaitUntil([&] { return RssKb(helper.pid()) - before < (with - before) / 3; }, 10s))
+      << "RSS " << before << " kB before, " << with << " kB with the windows, "
+      << RssKb(helper.pid()) << " kB after";
 }
 
 }  // namespace
