@@ -1,5 +1,6 @@
 #include "app/app.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -12,6 +13,8 @@
 
 App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {
   MenuBar(main_menu_bar());
+  // A signal to end ends the process as the stay-alive lock's release does: in order, status 0.
+  QuitOnSignals({SIGTERM, SIGINT, SIGHUP});
 }
 
 App::~App() = default;

@@ -12,7 +12,8 @@
 
 class App : public platform::DesktopApplication {
  public:
-  // Makes the application object with the menu bar set.
+  // Makes the application object with the menu bar set. From then on SIGTERM, SIGINT and SIGHUP
+  // end the run loop as Quit(0) does.
   App(int& argc, char** argv);
   ~App() override;
 

@@ -3,6 +3,16 @@
 #include <utility>
 
 #include "platform/clock.h"
+#include "platform/exceptions.h"
+#include "platform/memory.h"
+
+namespace {
+// How often a tick looks whether the lock files still carry their names.
+constexpr double kLockCheckMicroseconds = 1'000'000;
+// How long after a window's delete the freed memory goes back: one walk over the heap serves
+// all the deletes of a burst.
+constexpr int kGiveBackMilliseconds = 250;
+}  // namespace
 
 qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::string reply_channel_,
                    std::string launch_key_, pacing pace)
@@ -11,6 +21,9 @@ qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::strin
       stay_alive_key(std::move(stay_alive_key_)),
       channel(std::move(channel_)) {
   if (!open_channel()) return;
+  give_back_ = std::make_unique<platform::Timer>();
+  give_back_->Period(kGiveBackMilliseconds);
+  give_back_->AddActionHandler([](platform::Timer&) { platform::ReturnFreedMemory(); });
   if (pace.wake_on_write) {
     wake_ = std::make_unique<platform::Timer>();
     wake_->AddActionHandler([this](platform::Timer&) { woken(); });
@@ -40,10 +53,22 @@ qem_util::~qem_util() = default;
 void qem_util::poll() {
   const double tick_start = platform::Microseconds();
   ++steps_.ticks;
+  if (tick_start >= next_lock_check_) {
+    next_lock_check_ = tick_start + kLockCheckMicroseconds;
+    // A launch lock whose file was deleted tells nobody anything: it is taken again at once.
+    if (launched_signal && !launched_signal->named()) launched_signal = nullptr;
+    keep_receiver_lock();
+  }
   if (!launched_signal) launched_signal = lock_file::make(launch_key, log_file::make_null());
   auto probe = lock_file::make(stay_alive_key, log_file::make_null());
   if (probe) platform::Quit(0);
   // The tick is not cut short by Quit; the probe goes, and with it the lock, as the tick ends.
   if (read_messages(tick_start) == 0) streaming_ = false;
-  if (watcher_ && !watcher_->Watching()) watcher_->Watch(sock->channel_folder(), "data");
+  if (watcher_ && !watcher_->Watching()) {
+    // While the preferences folder can't be used the message step has said why.
+    try {
+      watcher_->Watch(sock->channel_folder(), "data");
+    } catch (const platform::Exception&) {
+    }
+  }
 }

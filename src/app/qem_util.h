@@ -64,9 +64,13 @@ class qem_util {
   // the message step: while the channel's data file is there, one attempt at its entry lock
   // that, when it succeeds, takes every whole message waiting; then messages go to process in
   // their order until none is left or 10 ms of the tick are used (the first always runs); the
-  // rest wait for the next tick. Exceptions, from process or from a channel that can't be entered,
-  // leave the tick (the event guard reports them); a message that raised one is gone, the others
-  // wait. A channel folder that went away is watched again once it is back.
+  // rest wait for the next tick. An exception from process leaves the tick (the event guard
+  // reports it); the message that raised it is gone, the others wait. A channel that can't be
+  // entered or read is said once on stderr when it begins and once when it ends, and tried
+  // again on every tick meanwhile. A channel folder that went away is watched again once it is
+  // back. Once a second the tick also makes sure that the launch lock and the receiver lock
+  // still carry their names: a lock whose file was deleted (a cleaner of the folder) is taken
+  // again under its name, so the helper stays visibly up and the one receiver of its channel.
   void poll();
 
   // The wake-up, which the watch calls whenever the channel's data file is made or written to: the
@@ -84,8 +88,11 @@ class qem_util {
   // Dispatches one message, the JSON text of one command, by its "obj_id", "cmd" and "type"
   // (words compared ignoring case). No obj_id: dropped. "create" of type "wprogress": a new
   // window, shown, entered under obj_id; an older window under that id stays open but is no
-  // longer addressable. "create" of another type: nothing new. "delete": the object's cmd, then
-  // its entry goes. Any other cmd: the object's cmd. Unknown ids do nothing. Answers nothing.
+  // longer addressable. An obj_id that holds a NUL can't be named in a reply, whose records a
+  // NUL ends: its "create" is refused with one line on stderr. "create" of another type:
+  // nothing new. "delete": the object's cmd, then its entry goes, and soon after the memory it
+  // freed goes back to the system. Any other cmd: the object's cmd. Unknown ids do nothing.
+  // Answers nothing.
   // Throws RuntimeException for JSON nested too deeply and TypeMismatchException for an
   // envelope member that is an object or array; nothing has changed then.
   void process(const std::string& msg);
@@ -106,6 +113,8 @@ class qem_util {
   int read_messages(double tick_start);
   // The message step that wake asked for.
   void woken();
+  // Takes the receiver lock again when its file was deleted (see poll).
+  void keep_receiver_lock();
 
   // Declared in the reverse of the order of release: the launch lock goes first, then the
   // objects, then the receiver (and with it the receiver lock), then the watcher and the timers.
@@ -113,11 +122,19 @@ class qem_util {
   std::unique_ptr<platform::Timer> first_tick_;
   // Runs the woken step, once; running while one is due.
   std::unique_ptr<platform::Timer> wake_;
+  // Hands freed memory back to the system a moment after windows were deleted, once for many.
+  std::unique_ptr<platform::Timer> give_back_;
   std::unique_ptr<platform::FolderWatcher> watcher_;
   // The pause before a woken step tries a busy channel again; 0 while it is not busy.
   int retry_ms_ = 0;
   // Set while senders write faster than wake-ups take their messages (see wake).
   bool streaming_ = false;
+  // Set while the channel can't be read, and while another process holds the receiver lock's
+  // name: said when it begins and when it ends.
+  bool channel_failing_ = false;
+  bool receiver_lock_lost_ = false;
+  // When the next tick looks whether the lock files still carry their names (microseconds).
+  double next_lock_check_ = 0;
   step_counts steps_;
   std::shared_ptr<many_to_one::receiver> sock;
   // Messages taken off the channel and not yet processed, oldest first.

@@ -79,6 +79,15 @@ void receiver::close_if_empty() {
   log->write("many_to_one.receiver.close_if_empty: close_op relinquished.");
 }
 
+bool receiver::keep_receiver_lock() {
+  if (closed()) return false;
+  if (receiver_lock->named()) return true;
+  auto again = lock_file::make(receiver_mutex(), log);
+  if (!again) return false;
+  receiver_lock = std::move(again);
+  return true;
+}
+
 std::shared_ptr<receiver_op> receiver::op() {
   if (closed()) return nullptr;
   return std::make_shared<receiver_op>(std::static_pointer_cast<receiver>(shared_from_this()));

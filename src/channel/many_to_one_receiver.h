@@ -35,6 +35,13 @@ class receiver : public base {
 
   virtual platform::FolderItem receiver_mutex() const { return make_receiver_mutex(id()); }
   virtual bool closed() const { return receiver_lock == nullptr; }
+  // Keeps this receiver the one of its channel when the receiver lock's file was deleted under
+  // it (a cleaner of the folder), after which a second receiver could open beside it: while the
+  // file still names the held lock, nothing; otherwise one attempt, never waiting, takes the
+  // lock again under its name. True when this receiver holds the named lock afterwards; false
+  // when another receiver took the name meanwhile (the lock held so far is kept) and when
+  // closed. Throws like entry_mutex when there is no preferences folder.
+  bool keep_receiver_lock();
   // Closes the receiver unless a record waits, in the file or in `buffer`. Blocks for an op.
   // The receiver lock goes while the entry lock is still held, so no record can slip in between
   // the test for emptiness and the close. Does nothing on a closed receiver.

@@ -1,9 +1,16 @@
 #include "platform/run_loop.h"
 
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
+#include <vector>
 
 #include <QApplication>
 #include <QMenuBar>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include "platform/desktop_menu.h"
@@ -16,6 +23,29 @@ DesktopApplication* g_instance = nullptr;
 bool g_quit_requested = false;
 int g_quit_status = 0;
 QtMessageHandler g_previous_handler = nullptr;
+
+// The pipe from the handler of the signals that end the loop to the loop, and those signals.
+int g_signal_pipe[2] = {-1, -1};
+std::vector<int> g_quit_signals;
+
+// Runs inside the signal: one byte into the pipe, which is all that is safe there. A full pipe
+// already says that a signal came.
+extern "C" void TellLoopOfSignal(int) {
+  const int saved = errno;
+  const char byte = 1;
+  [[maybe_unused]] const ssize_t written = ::write(g_signal_pipe[1], &byte, 1);
+  errno = saved;
+}
+
+bool MakeSignalPipe() {
+  if (g_signal_pipe[0] >= 0) return true;
+  if (::pipe(g_signal_pipe) != 0) return false;
+  for (int fd : g_signal_pipe) {
+    ::fcntl(fd, F_SETFD, FD_CLOEXEC);  // a launched program inherits none of it
+    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) | O_NONBLOCK);
+  }
+  return true;
+}
 
 // A platform without window stacking or size hints (offscreen, the headless one) says so on
 // every raise and resize of a window; those notes are dropped. Every other message of Qt goes
@@ -42,6 +72,9 @@ DesktopApplication::DesktopApplication(int& argc, char** argv)
 }
 
 DesktopApplication::~DesktopApplication() {
+  for (int number : g_quit_signals) ::signal(number, SIG_DFL);
+  g_quit_signals.clear();
+  signal_notifier_.reset();
   if (g_instance == this) g_instance = nullptr;
 }
 
@@ -57,6 +90,29 @@ int DesktopApplication::Run() {
   });
   if (!g_quit_requested) QApplication::exec();
   return g_quit_status;
+}
+
+bool DesktopApplication::QuitOnSignals(std::initializer_list<int> numbers) {
+  if (!MakeSignalPipe()) return false;
+  if (!signal_notifier_) {
+    signal_notifier_ = std::make_unique<QSocketNotifier>(g_signal_pipe[0], QSocketNotifier::Read);
+    QObject::connect(signal_notifier_.get(), &QSocketNotifier::activated, [] {
+      char drained[64];
+      while (::read(g_signal_pipe[0], drained, sizeof drained) > 0) {
+      }
+      GuardEvent([] {
+        if (!g_quit_requested) Quit(0);
+      });
+    });
+  }
+  struct sigaction action {};
+  action.sa_handler = TellLoopOfSignal;
+  sigemptyset(&action.sa_mask);
+  action.sa_flags = SA_RESTART;
+  for (int number : numbers) {
+    if (::sigaction(number, &action, nullptr) == 0) g_quit_signals.push_back(number);
+  }
+  return true;
 }
 
 void DesktopApplication::AllowAutoQuit(bool allow) {

@@ -4,10 +4,12 @@
 // guard, and each to its end.
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 
 class QApplication;
 class QMenuBar;
+class QSocketNotifier;
 class QTimer;
 
 namespace platform {
@@ -36,6 +38,14 @@ class DesktopApplication {
   void MenuBar(std::shared_ptr<DesktopMenuBar> bar);
   const std::shared_ptr<DesktopMenuBar>& MenuBar() const noexcept { return menu_bar_; }
 
+  // From now on each of the signals `numbers` (SIGTERM, SIGINT, SIGHUP) ends the run loop as
+  // Quit(0) does, so that the process ends in order: windows closed, locks released, status 0.
+  // The signal's handler only writes to a pipe; the run loop reads it and quits between two
+  // events, never inside the handler, and never over the status of an earlier Quit. The signals
+  // get their default handling back when the application object goes. False, and nothing
+  // changed, when the pipe can't be made.
+  bool QuitOnSignals(std::initializer_list<int> numbers);
+
   virtual void Event_Opening() {}
 
   // The one instance, or nil when none exists.
@@ -46,6 +56,8 @@ class DesktopApplication {
   std::shared_ptr<DesktopMenuBar> menu_bar_;
   // macOS: the screen's menu bar, a widget without a parent; it goes before the Qt application.
   std::unique_ptr<QMenuBar> screen_menu_bar_;
+  // Watches the pipe that the signals of QuitOnSignals write to.
+  std::unique_ptr<QSocketNotifier> signal_notifier_;
 };
 
 // Asks for an orderly end: records the status and makes the run loop return. Works also before

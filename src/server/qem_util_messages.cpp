@@ -37,6 +37,19 @@ void Say(std::string text) {
   std::fflush(stderr);
 }
 
+// The text with each NUL written as the escape that brought it.
+std::string Printable(const std::string& text) {
+  std::string shown;
+  for (char c : text) {
+    if (c == '\0') {
+      shown += "\\u0000";
+    } else {
+      shown += c;
+    }
+  }
+  return shown;
+}
+
 // An envelope member as text; "" when absent.
 std::string Member(const platform::Dictionary& message, std::string_view key) {
   return message.Lookup(key, platform::Variant(std::string())).StringValue();
@@ -73,14 +86,25 @@ int qem_util::read_messages(double tick_start) {
   // taken are handled and the file is read on a later tick. While no data file is there the
   // entry lock is not tried at all, which keeps an idle tick to a few system calls.
   int found = 0;
-  if (sock->data_waiting()) {
-    if (auto op = sock->try_op()) {
-      std::vector<std::string> records = op->read_all();
-      found = static_cast<int>(records.size());
-      for (std::string& message : records) taken.push_back(std::move(message));
-    } else {
-      found = kBusy;
+  try {
+    if (sock->data_waiting()) {
+      if (auto op = sock->try_op()) {
+        std::vector<std::string> records = op->read_all();
+        found = static_cast<int>(records.size());
+        for (std::string& message : records) taken.push_back(std::move(message));
+      } else {
+        found = kBusy;
+      }
     }
+    if (channel_failing_) Say("channel \"" + channel + "\" can be read again");
+    channel_failing_ = false;
+  } catch (const platform::Exception& error) {
+    // A cause that stays (a symbolic link at the data file, a folder that can't be entered)
+    // fails every tick the same way: it is said once, and the ticks go on trying quietly.
+    if (!channel_failing_) {
+      Say("channel \"" + channel + "\" can't be read, and is tried again quietly: " + error.what());
+    }
+    channel_failing_ = true;
   }
   // The entry lock is free again before any message is acted on. The first message of a tick
   // runs whatever the reading cost, so that every tick makes progress.
@@ -91,6 +115,24 @@ int qem_util::read_messages(double tick_start) {
     if (!message.empty()) process(message);
   }
   return found;
+}
+
+void qem_util::keep_receiver_lock() {
+  std::string why = "another process holds its name";
+  bool kept = false;
+  try {
+    kept = sock->keep_receiver_lock();
+  } catch (const platform::Exception& error) {
+    why = error.what();
+  }
+  // Said once when the name is lost and once when it is had again; tried again meanwhile.
+  if (kept == !receiver_lock_lost_) return;
+  receiver_lock_lost_ = !kept;
+  Say(kept ? "the receiver lock of channel \"" + channel + "\" is held again"
+           : "the receiver lock of channel \"" + channel +
+                 "\" was deleted and can't be taken again, so another receiver may take "
+                 "commands: " +
+                 why);
 }
 
 void qem_util::wake() {
@@ -122,6 +164,11 @@ void qem_util::process(const std::string& msg) {
   const std::string command = Member(*d, "cmd");
   if (platform::EqualsPlain(command, "create")) {
     if (platform::EqualsPlain(Member(*d, "type"), "wprogress")) {
+      if (obj_id.find('\0') != std::string::npos) {
+        Say("create of \"" + Printable(obj_id) +
+            "\" refused: an obj_id holding a NUL can't be named in a reply");
+        return;
+      }
       auto window = std::make_shared<wProgress>(
           obj_id, d, std::make_shared<message_forwarder_many_to_one>(reply_channel));
       window->Show();
@@ -134,6 +181,9 @@ void qem_util::process(const std::string& msg) {
     if (current) {
       current->cmd(d);
       objs.erase(obj_id);
+      if (give_back_ && give_back_->RunMode() == platform::Timer::Off) {
+        give_back_->RunMode(platform::Timer::Single);
+      }
     }
   } else if (current) {
     current->cmd(d);

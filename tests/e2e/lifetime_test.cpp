@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -62,9 +63,9 @@ TEST_F(Lifetime, TestModeIsChosenBeforeAnyOtherOptionIsRead) {
   // the launch lock, and the stay-alive lock that nobody holds doesn't end it.
   EXPECT_EQ(helper.Wait(1s), -1);
   EXPECT_FALSE(Occupied("launched"));
-  EXPECT_FALSE(std::filesystem::exists(tmp() / "launched"));
+  // A signal to end ends the console in order too.
   helper.Kill(SIGTERM);
-  EXPECT_EQ(helper.Wait(10s), 128 + SIGTERM);
+  EXPECT_EQ(helper.Wait(10s), 0);
   EXPECT_EQ(Stderr().find("qem_util:"), std::string::npos) << Stderr();
 }
 
@@ -87,6 +88,24 @@ TEST_F(Lifetime, HelperTakesTheLaunchLockAndQuitsWhenTheStayAliveLockIsLetGo) {
   EXPECT_EQ(StartHelper(args, "next.txt").Wait(2s), 0);
   EXPECT_TRUE(Listing(tmp()).empty()) << "a lock file was left behind";
   EXPECT_EQ(Stderr().find("qem_util:"), std::string::npos) << Stderr();
+}
+
+TEST_F(Lifetime, ASignalToEndEndsTheHelperAsTheStayAliveLocksReleaseDoes) {
+  auto alive = lock_file::make("alive", log_file::make_null());
+  for (int number : {SIGTERM, SIGINT, SIGHUP}) {
+    auto helper = StartHelper(ServerArgs());
+    ASSERT_TRUE(qem_test::WaitUntil([] { return Occupied("launched"); }, 20s));
+    Send({R"({"obj_id":"p1","cmd":"create","type":"wprogress","style":3,"title":"Open"})"});
+    ASSERT_TRUE(qem_test::WaitUntil(
+        [&] { return !std::filesystem::exists(prefs() / "qem.many_to_one.cmd.dir" / "data"); },
+        20s));
+    helper.Kill(number);
+    EXPECT_EQ(helper.Wait(20s), 0) << strsignal(number);
+    // Both of its locks released and their files removed: the launch lock, the receiver lock.
+    EXPECT_EQ(Listing(tmp()), std::vector<std::string>{"alive"}) << strsignal(number);
+    EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.r.cmd")) << strsignal(number);
+    EXPECT_EQ(Stderr().find("qem_util:"), std::string::npos) << Stderr();
+  }
 }
 
 TEST_F(Lifetime, DeathOfTheStartingApplicationEndsTheHelper) {

@@ -46,6 +46,7 @@ TEST_F(Dispatch, EveryOutcomeOfTheEnvelope) {
     std::vector<std::string> messages;
     std::map<std::string, std::string> entries;
     std::vector<std::string> open;
+    const char* said = "";  // in the one line on stderr; "" for no line
   } rows[] = {
       {"create makes, shows and enters a window", {Create("p1", "A")}, {{"p1", "A"}}, {"A"}},
       {"words and ids ignore letter case",
@@ -89,12 +90,21 @@ TEST_F(Dispatch, EveryOutcomeOfTheEnvelope) {
        {Create("p1", "A"), Create("p1", "B"), Delete("p1"), Set("p1", "D")},
        {},
        {"A"}},
+      {"an obj_id holding a NUL, which no reply can carry: refused, said once",
+       {R"({"obj_id":"p\u00001","cmd":"create","type":"wprogress"})"},
+       {},
+       {},
+       R"(create of "p\u00001" refused)"},
   };
   for (const auto& row : rows) {
     Start();
+    testing::internal::CaptureStderr();
     for (const auto& message : row.messages) server->process(message);
+    const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(Entries(), row.entries) << row.name;
     EXPECT_EQ(OpenWindows(), row.open) << row.name;
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), *row.said ? 1 : 0) << row.name << said;
+    EXPECT_NE(said.find(row.said), std::string::npos) << row.name << said;
     server.reset();
   }
 }

@@ -1,10 +1,12 @@
 // The server's tick against a real channel: what sender processes write reaches the windows in
 // order, many messages a tick but no more than a tick's time; a busy channel never blocks the
-// tick; the first tick comes at once, and a prober's moment on the receiver lock is waited out.
+// tick; a channel that can't be read is said once, not every tick; the first tick comes at once,
+// and a prober's moment on the receiver lock is waited out.
 
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -86,6 +88,25 @@ TEST_F(ServerTest, ABusyChannelMakesTheTickReadNothingAndWaitForNobody) {
   holder.Wait(10s);
   server->poll();
   EXPECT_EQ(TitleOf("p1"), "A");
+}
+
+TEST_F(ServerTest, AChannelThatCantBeReadIsSaidWhenItBeginsAndEndsAndServedAgain) {
+  Start();
+  qem_test::WriteFile(root() / "elsewhere", "planted");
+  std::filesystem::create_symlink(root() / "elsewhere", Data());
+  testing::internal::CaptureStderr();
+  for (int tick = 0; tick < 40; ++tick) server->poll();
+  std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  EXPECT_NE(said.find("symbolic link"), std::string::npos) << said;
+
+  std::filesystem::remove(Data());
+  Put({Create("p1", "A")});
+  testing::internal::CaptureStderr();
+  for (int tick = 0; tick < 40; ++tick) server->poll();
+  said = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(TitleOf("p1"), "A");
+  EXPECT_EQ(said, "qem_util: channel \"cmd\" can be read again\n");
 }
 
 TEST_F(ServerTest, TheFirstTickComesAtOnceAndAProberIsWaitedOut) {
