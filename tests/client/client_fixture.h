@@ -3,9 +3,12 @@
 // keeps what it receives, and the means to look at locks from outside.
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +33,31 @@ class ClientTest : public TempEnvTest {
   std::string Received() { return ReadFile(tmp() / "received"); }
   static bool Held(const std::string& name) {
     return lock_file::make(name, log_file::make_null()) == nullptr;
+  }
+  // The calling thread's id among its process's tasks; 0 where the system has none.
+  static pid_t ThisTask() {
+#if defined(__linux__)
+    return ::gettid();
+#else
+    return 0;
+#endif
+  }
+  // How often the threads of a process (or the one thread `task`) have gone to sleep and were
+  // woken since they began: their voluntary context switches. nullopt without /proc.
+  static std::optional<long> Wakeups(pid_t pid, pid_t task = 0) {
+    const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
+    std::error_code missing;
+    std::optional<long> sum;
+    for (const auto& entry : std::filesystem::directory_iterator(tasks, missing)) {
+      if (task && entry.path().filename() != std::to_string(task)) continue;
+      std::ifstream in(entry.path() / "status");
+      for (std::string line; std::getline(in, line);) {
+        if (line.rfind("voluntary_ctxt_switches:", 0) == 0) {
+          sum = sum.value_or(0) + std::stol(line.substr(line.find(':') + 1));
+        }
+      }
+    }
+    return sum;
   }
   // Names of what lies in a folder.
   static std::vector<std::string> Listing(const std::filesystem::path& folder) {
