@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
@@ -143,23 +142,17 @@ TEST_F(Session, TheNamedHelperServesAUserOnXAndQuitsOnItsOwnWhenTheSessionGoes) 
 // (counted, never timed), and the helper's end wakes it.
 TEST_F(Session, AWaitSleepsWhileNothingComesAndWakesWhenTheHelperDies) {
   qem_client::session s({.helper = StandIn(), .relay_helper_output = false});
-  std::atomic<pid_t> task = -1;
-  std::optional<event> e;
-  std::thread waiter([&] {
-    task = ThisTask();
-    e = s.next_event(60s);
-  });
-  while (task < 0) std::this_thread::yield();
+  qem_test::WatchedWait wait(s);
   std::this_thread::sleep_for(100ms);  // a moment to settle into the wait
-  const auto before = Wakeups(::getpid(), task);
+  const auto before = Wakeups(::getpid(), wait.task());
   std::this_thread::sleep_for(500ms);
-  const auto after = Wakeups(::getpid(), task);
+  const auto after = Wakeups(::getpid(), wait.task());
   if (before && after) {
     EXPECT_LE(*after - *before, 2) << "woken with nothing coming";
   }
   ::kill(s.helper_pid(), SIGKILL);
-  waiter.join();
-  ASSERT_TRUE(e);
+  std::optional<event> e = wait.Result();
+  ASSERT_TRUE(e) << "the helper's end did not wake the wait";
   EXPECT_EQ(e->what, event::kind::helper_ended);
   EXPECT_EQ(e->exit_status, 128 + SIGKILL);
   EXPECT_FALSE(s.helper_running());
@@ -197,13 +190,11 @@ TEST_F(Session, RefusedCommandsReachNothingTheOthersArriveAndRepliesComeBackInOr
   auto inside = replies->op();
   inside->write(R"({"obj_id":"p3","cmd":"pressed","btn_id":"late"})");
   EXPECT_FALSE(s.poll()) << "read while the writer was inside the channel";
-  std::thread let_go([&] {
-    std::this_thread::sleep_for(100ms);
-    inside.reset();
-  });
-  std::optional<event> late = s.next_event(30s);
-  let_go.join();
-  ASSERT_TRUE(late);
+  qem_test::WatchedWait wait(s);
+  std::this_thread::sleep_for(100ms);  // the wait finds the writer inside
+  inside.reset();
+  std::optional<event> late = wait.Result();
+  ASSERT_TRUE(late) << "the reply was left on the channel";
   EXPECT_EQ(late->btn_id, "late");
   // A channel that can't be read is told as the library's own error.
   std::filesystem::create_symlink(

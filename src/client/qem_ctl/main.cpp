@@ -180,7 +180,7 @@ class line_reader {
 };
 
 // A sleep or a wait in force: the next line stays back until it is over.
-struct pause {
+struct pacing {
   bool for_reply = false;                    // a wait, over once a reply of obj_id has come
   std::optional<std::string> obj_id{};       // of a wait: whose reply; nullopt for any window's
   std::optional<Clock::time_point> until{};  // when it ends (a wait: runs out); nullopt: never
@@ -273,7 +273,7 @@ class controller {
       const qem_ctl::step s = qem_ctl::parse_line(line);
       if (s.what == qem_ctl::step::kind::send) session_.send_json(s.json);
       if (s.what != qem_ctl::step::kind::sleep && s.what != qem_ctl::step::kind::wait) return;
-      pause_ = pause{
+      pause_ = pacing{
           .for_reply = s.what == qem_ctl::step::kind::wait, .obj_id = s.obj_id, .line = line_};
       if (s.limit) {
         // Beyond a lifetime a limit is none, and stays within the clock's range.
@@ -296,7 +296,7 @@ class controller {
 
   qem_client::session& session_;
   line_reader input_;
-  std::optional<pause> pause_;
+  std::optional<pacing> pause_;
   std::optional<qem_client::event> arrived_;  // handed out by the last sleep, not yet printed
   std::deque<std::string> untaken_;           // obj_ids of replies that no wait has taken yet
   long line_ = 0;
