@@ -1,5 +1,5 @@
 # What an installation holds: the helper and qem_ctl in bin/; the client library, the core library
-# it stands on and the public headers of both; a CMake package (find_package(qem_client CONFIG),
+# it stands on and the client's public headers; a CMake package (find_package(qem_client CONFIG),
 # target qem::client) and a pkg-config file (qem_client); the protocol guide and its pictures.
 include(CMakePackageConfigHelpers)
 

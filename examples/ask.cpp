@@ -1,7 +1,6 @@
 // ask: shows a progress window, asks a question over it and prints the answer, the id of the
 // button pressed ("keep" or "discard"). The installed helper is found without a path.
 #include <chrono>
-#include <exception>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -26,9 +25,9 @@ int main() {
                                       .message = "Keep the results?",
                                       .buttons = std::vector<qem_client::button>{
                                           {"keep", "Keep"}, {"discard", "Discard"}}}));
+    // Sleeps until the answer comes (or the helper ends), for as long as it takes.
     for (;;) {
-      const auto e = helper.next_event(1s);
-      if (!e) continue;
+      const auto e = helper.next_event(std::nullopt);
       if (e->pressed()) {
         std::cout << e->btn_id << std::endl;
         return 0;
@@ -38,7 +37,7 @@ int main() {
         return 1;
       }
     }
-  } catch (const std::exception& error) {
+  } catch (const qem_client::error& error) {
     std::cerr << "ask: " << error.what() << '\n';
     return 1;
   }

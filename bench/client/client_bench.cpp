@@ -7,8 +7,8 @@
 //    (the helper holds its launch lock) and create to mapped.
 //  - round trip: a press of the window's button made in the X server (XTest: pointer press and
 //    release, as a user's) while the library waits in next_event, to the reply handed out there
-//    as an event (the library sleeps until the helper writes the reply, and looks at least every
-//    5 ms). Median and p99 of 200 presses [goal: median at or under 5 ms].
+//    as an event (the library sleeps until the helper writes the reply). Median and p99 of 200
+//    presses [goal: median at or under 5 ms].
 // Usage: client_bench [launches] [presses]
 #include <signal.h>
 #include <sys/wait.h>

@@ -6,10 +6,11 @@
 // is sent.
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "client/error.h"
 
 namespace qem_client {
 
@@ -54,12 +55,6 @@ struct command {
   static command push(std::string obj_id, window_keys keys);
   // Closes the window ("delete").
   static command remove(std::string obj_id);
-};
-
-// Thrown when a command, or a raw JSON text, can't be sent; says why, nothing was sent.
-class command_refused : public std::invalid_argument {
- public:
-  using std::invalid_argument::invalid_argument;
 };
 
 // Why `id` can't serve as an obj_id or a button id (it holds a quotation mark, a backslash or a

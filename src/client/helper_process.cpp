@@ -7,8 +7,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <system_error>
+
+#if defined(__linux__)
+#include <sys/syscall.h>
+#elif defined(__APPLE__)
+#include <sys/event.h>
+#endif
 
 extern char** environ;
 
@@ -38,6 +46,38 @@ int MakePipe(int fds[2]) {
   return 0;
 #else
   return ::pipe2(fds, O_CLOEXEC);
+#endif
+}
+
+// A descriptor that polls readable once our child `pid` has ended, even if it already has; -1
+// where the system gives none.
+int EndDescriptor(pid_t pid) {
+#if defined(__linux__) && defined(SYS_pidfd_open)
+  return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0));  // close-on-exec by itself
+#elif defined(__APPLE__)
+  const int queue = ::kqueue();
+  if (queue < 0) return -1;
+  ::fcntl(queue, F_SETFD, FD_CLOEXEC);
+  struct kevent change;
+  EV_SET(&change, pid, EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
+  const bool watched = ::kevent(queue, &change, 1, nullptr, 0, nullptr) == 0;
+  const int watch_error = watched ? 0 : errno;
+  // The exit is told only from the moment the watch is armed: a child that ended before (or
+  // can't be watched because it did) makes the queue ready at once instead.
+  siginfo_t info{};
+  const bool ended =
+      ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+      info.si_pid == pid;
+  if (watched && !ended) return queue;
+  EV_SET(&change, 1, EVFILT_USER, EV_ADD, NOTE_TRIGGER, 0, nullptr);
+  if ((watched || watch_error == ESRCH) && ::kevent(queue, &change, 1, nullptr, 0, nullptr) == 0) {
+    return queue;
+  }
+  ::close(queue);
+  return -1;
+#else
+  (void)pid;
+  return -1;
 #endif
 }
 
@@ -88,13 +128,25 @@ helper_process::helper_process(const std::vector<std::string>& argv, bool relay)
     pid_ = -1;
     throw std::system_error(error, std::generic_category());
   }
+  end_fd_ = EndDescriptor(pid_);
   stop_read_ = stop[0];
   stop_write_ = stop[1];
-  reader_ = std::thread([this, fd = out[0]] { relay_loop(fd, stop_read_); });
+  try {
+    reader_ = std::thread([this, fd = out[0]] { relay_loop(fd, stop_read_); });
+  } catch (const std::system_error&) {
+    ::close(out[0]);
+    ::kill(pid_, SIGKILL);
+    end(std::chrono::milliseconds(0));
+    CloseIf(stop_read_);
+    CloseIf(stop_write_);
+    CloseIf(end_fd_);
+    throw;
+  }
 }
 
 helper_process::~helper_process() {
   if (pid_ > 0) end(std::chrono::seconds(5));
+  CloseIf(end_fd_);
   if (stop_write_ >= 0) {
     char byte = 0;
     [[maybe_unused]] auto ignored = ::write(stop_write_, &byte, 1);
@@ -171,8 +223,15 @@ std::optional<int> helper_process::status() {
 bool helper_process::wait_for_end(std::chrono::milliseconds limit) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
   while (!status()) {
-    if (std::chrono::steady_clock::now() >= deadline) return false;
-    ::usleep(2000);
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left.count() <= 0) return false;
+    if (end_fd_ < 0) {
+      ::usleep(2000);  // nothing tells of the end: look again soon
+      continue;
+    }
+    pollfd ended = {end_fd_, POLLIN, 0};
+    ::poll(&ended, 1, static_cast<int>(std::min<long long>(left.count(), INT_MAX)));
   }
   return true;
 }

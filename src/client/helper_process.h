@@ -2,7 +2,8 @@
 // The helper as a child process of the starting application: started with posix_spawn, its
 // standard output and error read through a pipe by a thread of its own (each line passed on to
 // our stderr, and the last ones kept so that a failed start can say what the helper said), its
-// end noticed without waiting, and, when it has to go, reaped within a time limit.
+// end told through a descriptor (a process descriptor on Linux, a kernel event queue on macOS)
+// so that a caller can sleep until it comes, and, when it has to go, reaped within a time limit.
 
 #include <sys/types.h>
 
@@ -31,6 +32,9 @@ class helper_process {
   helper_process& operator=(const helper_process&) = delete;
 
   pid_t pid() const { return pid_; }
+  // Polls readable from the moment the process has ended (and stays so), for a caller that sleeps
+  // on many things at once; -1 where the system can't tell, and the caller must look at status().
+  int end_descriptor() const { return end_fd_; }
   // Looks, without waiting, whether the process has ended, and reaps it if it has. Once it has
   // ended: its exit status, 128 + the signal that ended it, or -1 when the status was lost
   // (somebody else reaped it). nullopt while it runs.
@@ -52,6 +56,7 @@ class helper_process {
   bool wait_for_end(std::chrono::milliseconds limit);
 
   pid_t pid_ = -1;
+  int end_fd_ = -1;
   std::optional<int> status_;
   bool relay_ = true;
   int stop_read_ = -1;  // the relay thread's stop signal; both ends closed after it has ended

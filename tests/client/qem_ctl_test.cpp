@@ -80,15 +80,26 @@ TEST_F(QemCtl, RepliesArePrintedAWaitHoldsTheNextLineBackAndASignalEndsAll) {
   auto replies = std::make_shared<many_to_one::sender>("t.reply", log_file::make_null());
   replies->op()->write(R"({"obj_id":"p0","cmd":"pressed","btn_id":"a"})");
   ASSERT_TRUE(WaitUntil([&] { return Lines(Out()) == 1; }, 60s));
-  // p0's reply is no reply of p1: the next line stays back (given a second to go wrong).
+  // p0's reply is no reply of p1: the next line stays back (given a second to go wrong), and
+  // qem_ctl sleeps meanwhile: its threads are hardly woken.
+  const auto before = Wakeups(ctl.pid());
   EXPECT_FALSE(WaitUntil([&] { return !Received().empty(); }, 1s)) << Received();
+  const auto after = Wakeups(ctl.pid());
+  if (before && after) {
+    EXPECT_LE(*after - *before, 5) << "woken while it waits";
+  }
   replies->op()->write(R"({"obj_id":"p1","cmd":"pressed","btn_id":"b"})");
   ASSERT_TRUE(WaitUntil([&] { return !Received().empty(); }, 60s));
   EXPECT_EQ(Out(),
             "{\"obj_id\":\"p0\",\"cmd\":\"pressed\",\"btn_id\":\"a\"}\n"
             "{\"obj_id\":\"p1\",\"cmd\":\"pressed\",\"btn_id\":\"b\"}\n");
+  // A line that comes while qem_ctl sleeps on its input wakes it.
+  const std::string later = "delete p2\n";
+  ASSERT_EQ(::write(writer, later.data(), later.size()), static_cast<ssize_t>(later.size()));
+  ASSERT_TRUE(WaitUntil([&] { return Lines(Received()) == 2; }, 60s)) << Received();
   EXPECT_EQ(Received(),
-            "{\"obj_id\":\"p2\",\"cmd\":\"create\",\"type\":\"wprogress\",\"style\":1}\n");
+            "{\"obj_id\":\"p2\",\"cmd\":\"create\",\"type\":\"wprogress\",\"style\":1}\n"
+            "{\"obj_id\":\"p2\",\"cmd\":\"delete\"}\n");
   ctl.Kill(SIGTERM);
   EXPECT_EQ(ctl.Wait(60s), 128 + SIGTERM) << Err();
   EXPECT_FALSE(Held("t.up"));
@@ -107,22 +118,24 @@ TEST_F(QemCtl, EndOfInputEndsTheRealHelperOnceItHasTakenEveryCommand) {
   EXPECT_TRUE(Listing(tmp()).empty());
 }
 
-TEST_F(QemCtl, UsageAndLaunchFailuresHaveTheirOwnStatus) {
+TEST_F(QemCtl, UsageVersionAndLaunchFailuresHaveTheirOwnStatusAndOneLine) {
   const struct {
     const char* name;
     std::vector<std::string> args;
     int status;
-    const char* says;  // in the one line on stderr
+    std::string says;  // in the one line on stderr, or on stdout when the status is 0
   } cases[] = {
       {"unknown option", {"--frob"}, 2, "unknown or incomplete option \"--frob\""},
       {"name that leaves its folder", {"--name=a/b"}, 2, "\"/\""},
       {"missing helper", {"--helper=" + (root() / "nothing").string()}, 3, "is missing"},
+      {"version", {"--version"}, 0, "qem_ctl " QEM_VERSION "\n"},
   };
   for (const auto& row : cases) {
     auto ctl = Run(row.args, "");
     EXPECT_EQ(ctl.Wait(60s), row.status) << row.name;
-    EXPECT_EQ(Lines(Err()), 1) << row.name << ": " << Err();
-    EXPECT_NE(Err().find(row.says), std::string::npos) << row.name << ": " << Err();
+    const std::string told = row.status == 0 ? Out() : Err();
+    EXPECT_EQ(Lines(told), 1) << row.name << ": " << told;
+    EXPECT_NE(told.find(row.says), std::string::npos) << row.name << ": " << told;
   }
   auto help = Run({"--help"}, "");
   EXPECT_EQ(help.Wait(60s), 0);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 
 namespace {
@@ -45,21 +46,22 @@ TEST(Script, PausesWaitsAndLinesWithoutAStep) {
   const struct {
     const char* line;
     step::kind what;
-    double seconds;
-    const char* obj_id;  // nullptr: any window
+    std::optional<double> seconds;  // nullopt: no limit
+    const char* obj_id;             // nullptr: any window
   } cases[] = {
-      {"", step::kind::nothing, -1, nullptr},
-      {"   # a comment", step::kind::nothing, -1, nullptr},
+      {"", step::kind::nothing, {}, nullptr},
+      {"   # a comment", step::kind::nothing, {}, nullptr},
       {"sleep 0.5", step::kind::sleep, 0.5, nullptr},
-      {"wait", step::kind::wait, -1, nullptr},
-      {"wait p1", step::kind::wait, -1, "p1"},
+      {"sleep +2e-1", step::kind::sleep, 0.2, nullptr},
+      {"wait", step::kind::wait, {}, nullptr},
+      {"wait p1", step::kind::wait, {}, "p1"},
       {"wait p1 timeout=2.5", step::kind::wait, 2.5, "p1"},
-      {"wait timeout=3", step::kind::wait, 3, nullptr},
+      {"wait timeout=0", step::kind::wait, 0, nullptr},
   };
   for (const auto& row : cases) {
     step s = parse_line(row.line);
     EXPECT_EQ(s.what, row.what) << row.line;
-    EXPECT_EQ(s.seconds, row.seconds) << row.line;
+    EXPECT_EQ(s.limit ? std::optional(s.limit->count()) : std::nullopt, row.seconds) << row.line;
     EXPECT_EQ(s.obj_id.value_or("(any)"), row.obj_id ? row.obj_id : "(any)") << row.line;
   }
 }
@@ -74,7 +76,10 @@ TEST(Script, ABadLineSaysWhy) {
       {"set p1 colour=red", "unknown key \"colour\""},
       {"set p1 progress=half", "progress needs a number"},
       {"set p1 progress=nan", "progress needs a number"},
+      {"set p1 progress=0x1p3", "progress needs a number"},
+      {"set p1 progress=1e999", "progress needs a number"},
       {"set p1 style=bold", "style needs a number or flags"},
+      {"set p1 style=1.5", "style needs a number or flags"},
       {"set p1 stray", "\"stray\" is no KEY=VALUE"},
       {"set p1 title=\"open", "not closed"},
       {R"(set p1 title="a\qb")", "unknown escape"},

@@ -1,24 +1,24 @@
 // qem_ctl: plays the starting application for scripts and other languages. It launches the
 // helper, sends each line of standard input as one command, prints each reply as one line of
 // JSON on standard output as it arrives, and ends the helper at the end of input or on SIGINT,
-// SIGTERM or SIGHUP. See Usage() for the language and the exit statuses.
+// SIGTERM or SIGHUP. See Usage() for the language and the exit statuses. While it waits (for
+// input, a reply, the end of a pause) it sleeps until one of them comes, and costs nothing.
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <deque>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "client/session.h"
-#include "platform/exceptions.h"
 #include "platform/text.h"
 #include "qem_ctl/script.h"
 
@@ -32,9 +32,60 @@ constexpr int kUsage = 2;
 constexpr int kNoLaunch = 3;
 constexpr int kHelperEnded = 4;
 
-const char* Usage() {
-  return R"(Usage: qem_ctl [--helper=PATH] [--launch-timeout=SECONDS] [--name=BASE]
-       qem_ctl --help
+std::string Usage();
+std::string Version() {
+  return "qem_ctl " QEM_VERSION "\n";
+}
+
+// An option of the command line: one that sets a launch option from its value (--NAME=VALUE), or
+// one that is answered on standard output at once.
+struct option {
+  std::string_view name;
+  std::string_view synopsis;
+  std::string_view meaning;
+  // Sets what the option says; false when the value won't do. Null for an answered option.
+  bool (*apply)(const std::string& value, qem_client::launch_options& options);
+  std::string (*answer)();
+};
+
+const option kOptions[] = {
+    {"--helper", "--helper=PATH", "the helper executable",
+     [](const std::string& value, qem_client::launch_options& options) {
+       options.helper = value;
+       return !value.empty();
+     },
+     nullptr},
+    {"--launch-timeout", "--launch-timeout=SECONDS",
+     "how long the helper may take to serve (default 15)",
+     [](const std::string& value, qem_client::launch_options& options) {
+       const auto seconds = qem_ctl::read_number(value);
+       if (!seconds || *seconds <= 0 || *seconds >= 1e6) return false;
+       options.launch_limit = milliseconds(static_cast<long long>(*seconds * 1000));
+       return true;
+     },
+     nullptr},
+    {"--name", "--name=BASE",
+     "name the locks and channels BASE.alive, BASE.up, BASE.cmd and\n"
+     "BASE.reply instead of unique names (to watch them with other\n"
+     "tools)",
+     [](const std::string& value, qem_client::launch_options& options) {
+       options.names = qem_client::session_names::from_base(value);
+       return true;
+     },
+     nullptr},
+    {"--help", "--help", "this text", nullptr, Usage},
+    {"--version", "--version", "\"qem_ctl\" and the version", nullptr, Version},
+};
+
+std::string Usage() {
+  std::string text = "Usage: qem_ctl";
+  for (const option& o : kOptions) {
+    if (o.apply) text += " [" + std::string(o.synopsis) + "]";
+  }
+  for (const option& o : kOptions) {
+    if (o.answer) text += "\n       qem_ctl " + std::string(o.synopsis);
+  }
+  text += R"(
 
 Launches the helper (qem_util beside qem_ctl, else the file that QEM_UTIL_HELPER names, else
 the installed one; --helper says otherwise) and waits until it serves (15 s at most unless
@@ -46,25 +97,9 @@ SIGTERM or SIGHUP, at once. A line that is no step is reported on stderr with it
 why ("qem_ctl: line 3: ..."), and the lines after it go on. Lines of the helper's own output
 go to stderr as they come.
 
-Steps:
-  create ID [KEY=VALUE ...]     a new window
-  set ID [KEY=VALUE ...]        changes the window's top state
-  push ID [KEY=VALUE ...]       puts a new state on top (a question); a press drops it again
-  delete ID                     closes the window
-  {"obj_id":"p1","cmd":...}     a command in JSON, sent as it is
-  sleep SECONDS                 pauses; replies are still printed as they come
-  wait [ID] [timeout=SECONDS]   pauses until a reply of window ID (of any window without ID)
-                                has come that no earlier wait took; without timeout, for as
-                                long as it takes
-  # ...                         a comment; blank lines are skipped too
-
-Keys:
-  title=TEXT  message=TEXT
-  style=N or style=FLAGS        1 message (else in the title bar), 2 bar (buttons at its
-                                right, else centred), 4 hidden; FLAGS: message+bar+hidden
-  progress=X                    0 to 1 fills the bar; progress=busy (or below 0): busy bar
-  buttons=ID:TEXT,ID:TEXT       the buttons, first one rightmost; buttons= removes them all
-  button=ID:TEXT                one more button (for a TEXT with a comma); repeatable
+)";
+  text += qem_ctl::usage();
+  text += R"(
 A word with blanks goes in double quotes; inside them \" \\ \n \t are a quotation mark, a
 backslash, a line break and a tab. IDs can't hold a quotation mark, a backslash or a control
 character: a reply could not carry them.
@@ -76,11 +111,9 @@ Example:
   delete p1
 
 Options:
-  --helper=PATH            the helper executable
-  --launch-timeout=SECONDS how long the helper may take to serve (default 15)
-  --name=BASE              name the locks and channels BASE.alive, BASE.up, BASE.cmd and
-                           BASE.reply instead of unique names (to watch them with other tools)
-
+)";
+  for (const option& o : kOptions) text += qem_ctl::usage_entry(o.synopsis, o.meaning);
+  return text + R"(
 Exit status: 0 end of input, every line done; 1 end of input, but a line was refused or a wait
 ran out of time; 2 bad usage; 3 the helper could not be launched (why on stderr); 4 the helper
 ended before the end of input; 128+N ended by signal N (130 SIGINT, 143 SIGTERM, 129 SIGHUP),
@@ -89,32 +122,37 @@ after ending the helper.
 }
 
 volatile std::sig_atomic_t g_signal = 0;
+// A signal's arrival, as a descriptor that a sleep can wake on: the handler writes a byte.
+int g_signal_pipe[2] = {-1, -1};
 
 void OnSignal(int number) {
+  const int saved = errno;
   g_signal = number;
+  const char byte = 0;
+  [[maybe_unused]] auto ignored = ::write(g_signal_pipe[1], &byte, 1);
+  errno = saved;
 }
 
-void Catch(int number) {
+void CatchSignals() {
+  if (::pipe(g_signal_pipe) == 0) {
+    for (int fd : g_signal_pipe) ::fcntl(fd, F_SETFD, FD_CLOEXEC);
+    ::fcntl(g_signal_pipe[1], F_SETFL, O_NONBLOCK);
+  }
   struct sigaction action = {};
   action.sa_handler = OnSignal;
   sigemptyset(&action.sa_mask);
-  action.sa_flags = 0;  // no SA_RESTART: a pending poll() returns at once
-  ::sigaction(number, &action, nullptr);
+  for (int number : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(number, &action, nullptr);
 }
 
 // Splits standard input into lines as it comes, never blocking.
 class line_reader {
  public:
-  // Reads what is there, waiting at most `limit` for something to come.
-  void fill(milliseconds limit) {
-    if (ended_) {
-      std::this_thread::sleep_for(limit);
-      return;
-    }
+  // Takes what standard input holds now, without waiting.
+  void fill() {
     pollfd in = {0, POLLIN, 0};
-    if (::poll(&in, 1, static_cast<int>(limit.count())) <= 0) return;
+    if (ended_ || ::poll(&in, 1, 0) <= 0) return;
     char buffer[65536];
-    ssize_t got = ::read(0, buffer, sizeof buffer);
+    const ssize_t got = ::read(0, buffer, sizeof buffer);
     if (got < 0 && (errno == EINTR || errno == EAGAIN)) return;
     if (got <= 0) {
       ended_ = true;
@@ -133,6 +171,7 @@ class line_reader {
     pending_.erase(0, std::min(end + 1, pending_.size()));
     return true;
   }
+  bool ended() const { return ended_; }
   bool done() const { return ended_ && pending_.empty(); }
 
  private:
@@ -140,20 +179,13 @@ class line_reader {
   bool ended_ = false;
 };
 
+// A sleep or a wait in force: the next line stays back until it is over.
 struct pacing {
-  bool sleeping = false;
-  bool waiting = false;
-  bool limited = false;
-  Clock::time_point until;
-  std::optional<std::string> obj_id;
+  bool for_reply = false;                    // a wait, over once a reply of obj_id has come
+  std::optional<std::string> obj_id{};       // of a wait: whose reply; nullopt for any window's
+  std::optional<Clock::time_point> until{};  // when it ends (a wait: runs out); nullopt: never
   long line = 0;
 };
-
-bool ParseSeconds(const std::string& text, double& seconds) {
-  char* end = nullptr;
-  seconds = std::strtod(text.c_str(), &end);
-  return !text.empty() && *end == '\0' && seconds > 0 && seconds < 1e6;
-}
 
 class controller {
  public:
@@ -164,57 +196,74 @@ class controller {
     for (;;) {
       if (g_signal) return 128 + g_signal;
       if (!print_events()) return kHelperEnded;
-      if (pace_.sleeping || pace_.waiting) {
-        if (!paced()) {
-          input_.fill(milliseconds(5));
-          continue;
-        }
-      }
       std::string line;
-      if (input_.next(line)) {
+      if (!pause_over()) {
+        sleep();
+      } else if (input_.next(line)) {
         do_line(line);
-        continue;
-      }
-      if (input_.done()) {
+      } else if (input_.done()) {
         session_.flush(std::chrono::seconds(5));
         return bad_ ? kSomeLineBad : 0;
+      } else {
+        sleep();
       }
-      input_.fill(milliseconds(5));
     }
   }
 
  private:
+  // Sleeps until a reply comes, the helper ends, input comes, a signal comes or the pause in
+  // force ends, whichever is first.
+  void sleep() {
+    std::optional<milliseconds> limit;
+    if (pause_ && pause_->until) {
+      limit =
+          std::max(milliseconds(0), std::chrono::ceil<milliseconds>(*pause_->until - Clock::now()));
+    }
+    std::vector<int> wake_on = {g_signal_pipe[0]};
+    if (!input_.ended()) wake_on.push_back(0);
+    arrived_ = session_.next_event(limit, wake_on);
+    input_.fill();
+  }
+
+  // Prints the event; false when it tells that the helper has ended.
+  bool print(const qem_client::event& e) {
+    if (e.what == qem_client::event::kind::helper_ended) {
+      std::fprintf(stderr, "qem_ctl: the helper ended (status %d)\n", e.exit_status);
+      return false;
+    }
+    std::printf("%s\n", qem_client::to_json(e).c_str());
+    std::fflush(stdout);
+    untaken_.push_back(e.obj_id);
+    return true;
+  }
+
   // Prints every event that has come; false when the helper has ended.
   bool print_events() {
+    if (auto e = std::exchange(arrived_, std::nullopt); e && !print(*e)) return false;
     while (auto e = session_.poll()) {
-      if (e->what == qem_client::event::kind::helper_ended) {
-        std::fprintf(stderr, "qem_ctl: the helper ended (status %d)\n", e->exit_status);
-        return false;
-      }
-      std::printf("%s\n", qem_client::to_json(*e).c_str());
-      std::fflush(stdout);
-      untaken_.push_back(e->obj_id);
+      if (!print(*e)) return false;
     }
     return true;
   }
 
-  // True when the pause in force is over.
-  bool paced() {
-    if (pace_.waiting) {
+  // True when no pause is in force (any more).
+  bool pause_over() {
+    if (!pause_) return true;
+    if (pause_->for_reply) {
       for (auto it = untaken_.begin(); it != untaken_.end(); ++it) {
-        if (!pace_.obj_id || platform::EqualsPlain(*it, *pace_.obj_id)) {
+        if (!pause_->obj_id || platform::EqualsPlain(*it, *pause_->obj_id)) {
           untaken_.erase(it);
-          pace_.waiting = false;
+          pause_.reset();
           return true;
         }
       }
     }
-    if (!pace_.limited || Clock::now() < pace_.until) return false;
-    if (pace_.waiting) {
-      Bad(pace_.line,
-          "no reply" + (pace_.obj_id ? " from " + *pace_.obj_id : std::string()) + " came in time");
+    if (!pause_->until || Clock::now() < *pause_->until) return false;
+    if (pause_->for_reply) {
+      Bad(pause_->line, "no reply" + (pause_->obj_id ? " from " + *pause_->obj_id : std::string()) +
+                            " came in time");
     }
-    pace_.sleeping = pace_.waiting = false;
+    pause_.reset();
     return true;
   }
 
@@ -222,31 +271,20 @@ class controller {
     ++line_;
     try {
       const qem_ctl::step s = qem_ctl::parse_line(line);
-      switch (s.what) {
-        case qem_ctl::step::kind::nothing:
-          break;
-        case qem_ctl::step::kind::send:
-          session_.send_json(s.json);
-          break;
-        case qem_ctl::step::kind::sleep:
-        case qem_ctl::step::kind::wait:
-          pace_ = {};
-          pace_.sleeping = s.what == qem_ctl::step::kind::sleep;
-          pace_.waiting = !pace_.sleeping;
-          pace_.limited = s.seconds >= 0;
-          pace_.until = Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                           std::chrono::duration<double>(std::max(s.seconds, 0.0)));
-          pace_.obj_id = s.obj_id;
-          pace_.line = line_;
-          break;
+      if (s.what == qem_ctl::step::kind::send) session_.send_json(s.json);
+      if (s.what != qem_ctl::step::kind::sleep && s.what != qem_ctl::step::kind::wait) return;
+      pause_ = pacing{
+          .for_reply = s.what == qem_ctl::step::kind::wait, .obj_id = s.obj_id, .line = line_};
+      if (s.limit) {
+        // Beyond a lifetime a limit is none, and stays within the clock's range.
+        const auto limit = std::min(*s.limit, std::chrono::duration<double>(1e9));
+        pause_->until = Clock::now() + std::chrono::duration_cast<Clock::duration>(limit);
       }
     } catch (const qem_ctl::bad_line& error) {
       Bad(line_, error.what());
-    } catch (const qem_client::command_refused& error) {
-      Bad(line_, error.what());
     } catch (const qem_client::helper_gone&) {
       // Told by the next look at the events.
-    } catch (const platform::Exception& error) {
+    } catch (const qem_client::error& error) {
       Bad(line_, error.what());
     }
   }
@@ -258,8 +296,9 @@ class controller {
 
   qem_client::session& session_;
   line_reader input_;
-  pacing pace_;
-  std::deque<std::string> untaken_;  // obj_ids of replies that no wait has taken yet
+  std::optional<pacing> pause_;
+  std::optional<qem_client::event> arrived_;  // handed out by the last sleep, not yet printed
+  std::deque<std::string> untaken_;           // obj_ids of replies that no wait has taken yet
   long line_ = 0;
   bool bad_ = false;
 };
@@ -274,33 +313,27 @@ int BadUsage(const std::string& what) {
 int main(int argc, char** argv) {
   qem_client::launch_options options;
   for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
+    const std::string arg = std::string(argv[i]) == "-h" ? "--help" : argv[i];
     const std::size_t equals = arg.find('=');
-    const std::string name = arg.substr(0, equals);
-    const std::string value = equals == std::string::npos ? "" : arg.substr(equals + 1);
-    double seconds = 0;
-    if (arg == "--help" || arg == "-h") {
-      std::fputs(Usage(), stdout);
+    const auto known = std::find_if(std::begin(kOptions), std::end(kOptions), [&](const option& o) {
+      return o.name == arg.substr(0, equals);
+    });
+    if (known != std::end(kOptions) && known->answer && equals == std::string::npos) {
+      std::fputs(known->answer().c_str(), stdout);
       return 0;
-    } else if (name == "--helper" && !value.empty()) {
-      options.helper = value;
-    } else if (name == "--launch-timeout" && ParseSeconds(value, seconds)) {
-      options.launch_limit = milliseconds(static_cast<long long>(seconds * 1000));
-    } else if (name == "--name" && equals != std::string::npos) {
-      options.names = qem_client::session_names::from_base(value);
-    } else {
+    }
+    if (known == std::end(kOptions) || !known->apply || equals == std::string::npos ||
+        !known->apply(arg.substr(equals + 1), options)) {
       return BadUsage("unknown or incomplete option \"" + arg + "\"");
     }
   }
   ::signal(SIGPIPE, SIG_IGN);
-  for (int number : {SIGINT, SIGTERM, SIGHUP}) Catch(number);
-  int status;
+  CatchSignals();
   try {
     qem_client::session session(options);
-    status = controller(session).run();
+    return controller(session).run();
   } catch (const qem_client::launch_error& error) {
     std::fprintf(stderr, "qem_ctl: %s\n", error.what());
     return error.why == qem_client::launch_error::reason::bad_names ? kUsage : kNoLaunch;
   }
-  return status;
 }
