@@ -17,11 +17,11 @@
 namespace {
 
 // One attempt: open (creating the file, private to the user; a file the peer made is used as it
-// is, and a symbolic link in its place is never followed) and take the exclusive lock without waiting, then make
-// sure the locked file still carries the name. A holder unlinks the name before it closes, so a
-// descriptor whose inode no longer matches the path belongs to a released lock and must not count
-// as held: otherwise a party that opened the old file and a party that made a new one could both
-// hold the lock. Gives the descriptor, or -1 with errno set.
+// is, and a symbolic link in its place is never followed) and take the exclusive lock without
+// waiting, then make sure the locked file still carries the name. A holder unlinks the name
+// before it closes, so a descriptor whose inode no longer matches the path belongs to a released
+// lock and must not count as held: otherwise a party that opened the old file and a party that
+// made a new one could both hold the lock. Gives the descriptor, or -1 with errno set.
 int Attempt(const char* path) {
 #ifdef O_EXLOCK
   int fd = ::open(path, O_RDWR | O_NONBLOCK | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_EXLOCK, 0600);

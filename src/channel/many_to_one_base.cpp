@@ -25,8 +25,8 @@ const std::string kPrefix = "qem.many_to_one.";
 
 void check_id(const std::string& id) {
   if (auto why = names::channel_id_refusal(id)) {
-    throw platform::UnsupportedFormatException("channel id " + names::quoted(id) +
-                                               " refused: it " + *why);
+    throw platform::UnsupportedFormatException("channel id " + names::quoted(id) + " refused: it " +
+                                               *why);
   }
 }
 

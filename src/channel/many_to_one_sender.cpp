@@ -1,6 +1,5 @@
 #include "channel/many_to_one_sender.h"
 
-
 namespace many_to_one {
 
 namespace {

@@ -75,9 +75,9 @@ void TextOutputStream::WriteWhole(std::string_view text) {
     Write(text);
   } catch (const IOException& error) {
     if (::ftruncate(fd_, before.st_size) == 0) throw;
-    throw IOException(std::string(error.what()) + "; " +
-                          Describe("and cannot cut back", path_, errno),
-                      error.ErrorNumber());
+    throw IOException(
+        std::string(error.what()) + "; " + Describe("and cannot cut back", path_, errno),
+        error.ErrorNumber());
   }
 }
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <vector>
 
 #include "channel/many_to_one_receiver.h"
@@ -106,11 +107,8 @@ TEST_F(Console, NamesThatWouldLeaveTheirFolderGiveOneLineAndTouchNoFile) {
   qem_test::WriteFile(victim, "keep");
   std::make_shared<many_to_one::sender>("x", log_file::make_null())->op();
   auto tree = [&] {
-    std::vector<std::string> paths;
-    for (const auto& e : std::filesystem::recursive_directory_iterator(root())) {
-      paths.push_back(e.path().string());
-    }
-    std::sort(paths.begin(), paths.end());
+    std::set<std::filesystem::path> paths;
+    for (const auto& e : std::filesystem::recursive_directory_iterator(root())) paths.insert(e);
     return paths;
   };
   const auto before = tree();
@@ -121,8 +119,11 @@ TEST_F(Console, NamesThatWouldLeaveTheirFolderGiveOneLineAndTouchNoFile) {
   const struct {
     platform::DesktopTextField* field;
     std::string name;
-  } rows[] = {{&key, victim.string()}, {&key, "../victim"}, {&key, ""},
-              {&channel, "x.dir/../../victim"}, {&channel, ".."}};
+  } rows[] = {{&key, victim.string()},
+              {&key, "../victim"},
+              {&key, ""},
+              {&channel, "x.dir/../../victim"},
+              {&channel, ".."}};
   for (const auto& row : rows) {
     row.field->Text(row.name);
     testing::internal::CaptureStderr();
