@@ -6,25 +6,28 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
+#include <optional>
 
+#include "channel/names.h"
 #include "platform/clock.h"
 #include "platform/exceptions.h"
 #include "platform/text.h"
+#include "platform/text_stream.h"
 
 namespace {
 
-// One attempt: open (creating the file) and take the exclusive lock without waiting, then make
-// sure the locked file still carries the name. A holder unlinks the name before it closes, so a
-// descriptor whose inode no longer matches the path belongs to a released lock and must not count
-// as held: otherwise a party that opened the old file and a party that made a new one could both
-// hold the lock. Gives the descriptor, or -1 with errno set.
+// One attempt: open (creating the file, private to the user; a file the peer made is used as it
+// is, and a symbolic link in its place is never followed) and take the exclusive lock without
+// waiting, then make sure the locked file still carries the name. A holder unlinks the name
+// before it closes, so a descriptor whose inode no longer matches the path belongs to a released
+// lock and must not count as held: otherwise a party that opened the old file and a party that
+// made a new one could both hold the lock. Gives the descriptor, or -1 with errno set.
 int Attempt(const char* path) {
 #ifdef O_EXLOCK
-  int fd = ::open(path, O_RDWR | O_NONBLOCK | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_EXLOCK, 0777);
+  int fd = ::open(path, O_RDWR | O_NONBLOCK | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_EXLOCK, 0600);
   if (fd < 0) return -1;
 #else
-  int fd = ::open(path, O_RDWR | O_NONBLOCK | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0777);
+  int fd = ::open(path, O_RDWR | O_NONBLOCK | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
   if (fd < 0) return -1;
   if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
     int error = errno;
@@ -52,7 +55,18 @@ std::string Elapsed(double start) {
 }
 
 [[noreturn]] void Hopeless(const std::string& path, int error) {
-  throw platform::IOException("Cannot lock " + path + ": " + std::strerror(error), error);
+  throw platform::IOException("Cannot lock " + path + ": " + platform::OpenFailure(error), error);
+}
+
+// The file `name` in the temporary folder: the one place where a bare lock name becomes a path.
+// A name that would not be one file of that folder is refused before anything is touched.
+platform::FolderItem TemporaryChild(const std::string& name) {
+  auto why = name.empty() ? std::optional<std::string>("is empty") : names::lock_name_refusal(name);
+  if (why) {
+    throw platform::UnsupportedFormatException("lock name " + names::quoted(name) +
+                                               " refused: it " + *why);
+  }
+  return platform::SpecialFolder::Temporary().Child(name);
 }
 
 }  // namespace
@@ -107,7 +121,7 @@ std::shared_ptr<lock_file> lock_file::make(const platform::FolderItem& file,
 }
 
 std::shared_ptr<lock_file> lock_file::make(const std::string& name, std::shared_ptr<log_file> log) {
-  return make(platform::SpecialFolder::Temporary().Child(name), std::move(log));
+  return make(TemporaryChild(name), std::move(log));
 }
 
 std::shared_ptr<lock_file> lock_file::attempt(const platform::FolderItem& file) {
@@ -155,7 +169,7 @@ std::shared_ptr<lock_file> lock_file::occupy(const platform::FolderItem& file,
 
 std::shared_ptr<lock_file> lock_file::occupy(const std::string& name,
                                              std::shared_ptr<log_file> log) {
-  return occupy_as(platform::SpecialFolder::Temporary().Child(name), name, log);
+  return occupy_as(TemporaryChild(name), name, log);
 }
 
 void lock_file::await_occupied_by_other(const platform::FolderItem& file,
@@ -164,5 +178,5 @@ void lock_file::await_occupied_by_other(const platform::FolderItem& file,
 }
 
 void lock_file::await_occupied_by_other(const std::string& name, std::shared_ptr<log_file> log) {
-  await_as(platform::SpecialFolder::Temporary().Child(name), name, log);
+  await_as(TemporaryChild(name), name, log);
 }

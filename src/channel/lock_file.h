@@ -37,9 +37,15 @@ class lock_file {
   bool named() const;
 
   // One attempt: the held lock, or nil for every failure. Never throws for the attempt itself.
+  // A lock file this makes is private to the user (0600, less the umask); one that is already
+  // there is used as it is, and a symbolic link in its place is never followed (the attempt
+  // fails).
   static std::shared_ptr<lock_file> make(const platform::FolderItem& file,
                                          std::shared_ptr<log_file> log);
   // The same on the child `name` of the temporary folder; nil also when that folder is missing.
+  // A name that is no file name of its own there (empty, holding "/" or a NUL, "." or "..", too
+  // long) is no attempt: UnsupportedFormatException, naming it and why, and no file touched.
+  // The same holds for the other forms that take a name.
   static std::shared_ptr<lock_file> make(const std::string& name, std::shared_ptr<log_file> log);
 
   // Blocks the calling thread until the lock is obtained: attempts at once, and sleeps 33 to

@@ -13,6 +13,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "channel/lock_file.h"
 #include "channel/log_file.h"
@@ -22,10 +23,17 @@ namespace many_to_one {
 
 class base_op;
 
+// Throws UnsupportedFormatException, naming the id and why, when the files of channel `id`
+// would not be files of their own in the preferences folder (the id holds "/" or a NUL, is "."
+// or "..", or is too long). Every place where an id becomes a path goes through it, so a
+// refused id touches no file.
+void check_id(const std::string& id);
+
 // One end of a channel: a name and a log. Holding one costs nothing on disk.
 class base : public std::enable_shared_from_this<base> {
  public:
-  // Stores both; touches no file. Throws NilObjectException on a nil log.
+  // Stores both; touches no file. Throws NilObjectException on a nil log, and refuses the id as
+  // check_id does.
   base(std::string id, std::shared_ptr<log_file> log);
   virtual ~base() = default;
   base(const base&) = delete;
@@ -57,8 +65,8 @@ class base_op {
  public:
   // Blocks until the entry lock is held (one attempt when it is free; no limit while others
   // hold it; "Waiting to lock " and "Locked " go to `log`), then makes the channel folder if it
-  // is missing. Throws IOException at once when the lock can never be had or the folder can't
-  // be made; a lock already taken is then released again.
+  // is missing. Throws IOException at once when the lock can never be had, or the folder can't
+  // be made or is refused (see ensure_folder); a lock already taken is then released again.
   base_op(std::shared_ptr<base> endpoint, std::shared_ptr<log_file> log);
   // Enters the critical section with an entry lock that the caller has already taken (`held`,
   // never nil); makes the channel folder if it is missing, as above. Never waits.
@@ -69,12 +77,24 @@ class base_op {
   base_op(const base_op&) = delete;
   base_op& operator=(const base_op&) = delete;
 
-  // "data" in the channel folder, whether or not it exists. Both ends open it with
-  // platform::Access::Private: made 0600, never read or written through a symbolic link.
+  // "data" in the channel folder, whether or not it exists. Both ends use it only through
+  // append_to_data and read_data.
   virtual platform::FolderItem data_file() const;
   // Creates the channel folder, private to the user (0700), if it is missing; IOException when
-  // that fails.
+  // that fails. A folder already there is used only when it is the user's own and nobody else
+  // may write to it: a symbolic link, a folder of another user, or one that group or others may
+  // write to is refused with IOException naming the folder and why. Anyone who may write to it
+  // could add commands or take the data file's place.
   virtual void ensure_folder() const;
+  // Appends `bytes` to the data file as one piece, making the file (0600) when it is missing.
+  // A data file that is a symbolic link (NilObjectException), that belongs to another user or
+  // that group or others may write to (IOException) is refused, saying why, and nothing is
+  // written. A write that fails part way is cut back before IOException, so a record is whole
+  // or absent.
+  void append_to_data(std::string_view bytes) const;
+  // The whole content of the data file. Refuses the file as append_to_data does;
+  // NilObjectException when it can't be opened, IOException when it can't be read.
+  std::string read_data() const;
   // The channel folder "qem.many_to_one.<id>.dir" in the preferences folder.
   virtual platform::FolderItem folder() const;
   virtual base& sock() const { return *sock_; }

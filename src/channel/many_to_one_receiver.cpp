@@ -1,11 +1,8 @@
 #include "channel/many_to_one_receiver.h"
 
-#include <cerrno>
-
 #include "platform/clock.h"
 #include "platform/exceptions.h"
 #include "platform/text.h"
-#include "platform/text_stream.h"
 
 namespace many_to_one {
 
@@ -20,13 +17,15 @@ std::shared_ptr<receiver> receiver::make(const std::string& id, std::shared_ptr<
 }
 
 platform::FolderItem receiver::make_receiver_mutex(const std::string& id) {
+  check_id(id);
   return platform::SpecialFolder::Preferences().Child("qem.many_to_one.r." + id);
 }
 
 bool receiver::probe(const std::string& id, const std::shared_ptr<log_file>& log, bool strict) {
+  const auto mutex = make_receiver_mutex(id);  // a refused id goes before any word is logged
   log->write("many_to_one.is_occupied: Checking if occupied: " + id);
   // Held until the end of this call: the release then closes and deletes the file.
-  auto attempt = std::make_shared<lock_file>(make_receiver_mutex(id), log);
+  auto attempt = std::make_shared<lock_file>(mutex, log);
   if (!attempt->failed()) {
     log->write("many_to_one.is_occupied: Is not occupied: " + id);
     return false;
@@ -47,6 +46,7 @@ bool receiver::is_occupied(const std::string& id, std::shared_ptr<log_file> log)
 void receiver::await_state(const std::string& id, const std::shared_ptr<log_file>& log,
                            bool occupied) {
   if (!log) throw platform::NilObjectException("await needs a log");
+  check_id(id);
   double start = platform::Microseconds();
   const std::string prefix = occupied ? "many_to_one.receiver.await_until_occupied: "
                                       : "many_to_one.receiver.await_until_not_occupied: ";
@@ -122,14 +122,7 @@ receiver& receiver_op::sock() const {
 void receiver_op::flush_file_to_buffer() {
   auto file = data_file();
   if (!file.Exists()) return;
-  auto stream = file.OpenAsTextFile(platform::Access::Private);
-  if (!stream) {
-    const int error = errno;
-    throw platform::NilObjectException("Cannot open " + file.NativePath() + ": " +
-                                       platform::OpenFailure(error));
-  }
-  sock().buffer_ += stream->ReadAll();
-  stream->Close();
+  sock().buffer_ += read_data();
   // Under an entry lock that lost its name another party may be appending at this moment, and
   // what it adds after the read would go with the file. Left in place, the records read now
   // come again with the next flush: twice, never lost. What remains is the moment between this

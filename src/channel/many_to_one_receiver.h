@@ -21,7 +21,8 @@ class receiver : public base {
   // Opens the receiving end: one attempt at the receiver lock, never waits. Nil when another
   // receiver holds it (or it can't be had at all). Leaves stale records in the data file.
   static std::shared_ptr<receiver> make(const std::string& id, std::shared_ptr<log_file> log);
-  // The receiver lock's file "qem.many_to_one.r.<id>" in the preferences folder.
+  // The receiver lock's file "qem.many_to_one.r.<id>" in the preferences folder. Refuses the id
+  // as check_id does, and so do make, is_occupied and the awaits, before any file is touched.
   static platform::FolderItem make_receiver_mutex(const std::string& id);
   // True when the receiver lock can't be had, by an attempt that disturbs no holder; the probe
   // holds a free lock for a moment and deletes its file again. An attempt that can never
@@ -89,8 +90,8 @@ class receiver_op : public base_op {
   receiver& sock() const override;
   // Moves the whole data file onto the end of the receiver's buffer and deletes the file; when
   // the entry lock lost its name the file stays, and its records come again later. Throws
-  // NilObjectException or IOException, saying why, when the file can't be opened (a symbolic
-  // link there is refused) or read; the file and the buffer then stay as they were.
+  // NilObjectException or IOException, saying why, when the file can't be opened or read or
+  // is refused (see base_op::read_data); the file and the buffer then stay as they were.
   virtual void flush_file_to_buffer();
   // Deletes the data file unread, unless the entry lock lost its name; the buffer is not
   // touched.

@@ -1,10 +1,5 @@
 #include "channel/many_to_one_sender.h"
 
-#include <cerrno>
-
-#include "platform/exceptions.h"
-#include "platform/text_stream.h"
-
 namespace many_to_one {
 
 namespace {
@@ -45,16 +40,8 @@ void sender_op::write(const std::string& text) {
   log->write("Starting to write data to " + path + ".");
   std::string record = text;
   record.push_back('\0');
-  {
-    // The stream lives only in this block: the file is closed before write returns.
-    auto stream = data_file().AppendToTextFile(platform::Access::Private);
-    if (!stream) {
-      const int error = errno;
-      throw platform::NilObjectException("Cannot open " + path +
-                                         " for appending: " + platform::OpenFailure(error));
-    }
-    stream->Write(record);
-  }
+  // One append, and the file is closed again before write returns.
+  append_to_data(record);
   log->write("Data: " + LeftCharacters(record, 1000));
   log->write("Finished writing data to " + path + ".");
 }

@@ -34,9 +34,9 @@ class sender_op : public base_op {
   sender& sock() const override;
   // Appends `text` and one NUL to the data file in one write, and closes the file again before
   // it returns, so the record is whole on disk before the op (and the lock) can end. The text
-  // must hold no NUL, or it arrives as two messages. Throws NilObjectException, saying why,
-  // when the data file can't be opened (a symbolic link there is refused; nothing was added)
-  // and IOException when the write fails.
+  // must hold no NUL, or it arrives as two messages. Throws, saying why, when the data file
+  // can't be opened or is refused (nothing was added), and when the write fails (what it wrote
+  // is cut back first): see base_op::append_to_data.
   virtual void write(const std::string& text);
 };
 

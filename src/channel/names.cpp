@@ -13,4 +13,10 @@ std::optional<std::string> refusal(std::string_view name, std::size_t overhead) 
   return std::nullopt;
 }
 
+std::string quoted(std::string_view name) {
+  std::string shown = "\"";
+  for (char c : name) shown.push_back(static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '?' : c);
+  return shown + "\"";
+}
+
 }  // namespace names

@@ -1,6 +1,8 @@
 #pragma once
-// Checks on the names of lock files and channels that arrive on the command line. A name must
-// stay inside its folder: every file name made from it must be one path component.
+// Checks on the names of lock files and channels, wherever they come from (the command line, the
+// console's fields, a program of the user's). A name must stay inside its folder: every file name
+// made from it must be one path component. lock_file and the channel's ends apply these checks
+// where a name becomes a path; callers may check earlier to say which option was wrong.
 
 #include <optional>
 #include <string>
@@ -24,5 +26,9 @@ inline std::optional<std::string> lock_name_refusal(std::string_view name) {
 inline std::optional<std::string> channel_id_refusal(std::string_view id) {
   return refusal(id, kChannelNameOverhead);
 }
+
+// `name` in double quotes for a message, with each control character shown as "?", so that the
+// message stays one whole line.
+std::string quoted(std::string_view name);
 
 }  // namespace names

@@ -20,7 +20,9 @@ class qem_util_test : public platform::DesktopWindow {
 
   // Checked: takes the stay-alive lock named by tfstay_alive_key, once, without waiting; if it
   // can't be had the box stays checked and nothing is held. Unchecked: lets the lock go, and a
-  // copy started with that key quits on its next tick.
+  // copy started with that key quits on its next tick. A key that is no file name of its own
+  // in the temporary folder (empty, "../x", a full path) gives one line on stderr, and no file
+  // is made, locked or deleted.
   void cb_stay_alive_key_ValueChanged();
   // Starts the program in tfpath with "--stay-alive-key=K --channel=C --launch-key=K.launched
   // --reply-channel=C.reply" (K and C the two fields as they stand), so that the copy serves:
@@ -31,10 +33,11 @@ class qem_util_test : public platform::DesktopWindow {
   // tfpath; a cancel changes nothing.
   void pbbrowse_Pressed();
   // Makes a new sender for the channel in tfchannel; the one before is dropped. Touches no file.
+  // A channel that would leave the preferences folder gives one line on stderr and no sender.
   void pbstart_Pressed();
   // Sends the text area's text, exactly as it stands, as one message through the sender of the
-  // last Start; before any Start, as if Start had been pressed. Blocks while another process
-  // holds the channel's entry lock; a failure gives one line on stderr.
+  // last Start; before any Start or after a refused one, as if Start had been pressed. Blocks
+  // while another process holds the channel's entry lock; a failure gives one line on stderr.
   void pbsend_Pressed();
   // The window closes: Quit(0).
   void Event_Closing() override;

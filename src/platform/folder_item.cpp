@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -26,6 +27,25 @@ FolderItem FolderItem::Child(std::string_view name) const {
 bool FolderItem::Exists() const {
   struct stat st;
   return ::lstat(path_.c_str(), &st) == 0;
+}
+
+std::optional<std::string> FolderItem::WhyNotOwn() const {
+  struct stat st;
+  if (::lstat(path_.c_str(), &st) != 0) return std::nullopt;
+  return platform::WhyNotOwn(st);
+}
+
+std::optional<std::string> WhyNotOwn(const struct stat& status) {
+  if (S_ISLNK(status.st_mode)) return "it is a symbolic link";
+  if (status.st_uid != ::geteuid()) {
+    return "it belongs to another user (uid " + std::to_string(status.st_uid) + ")";
+  }
+  if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+    char mode[8];
+    std::snprintf(mode, sizeof mode, "%04o", static_cast<unsigned>(status.st_mode & 07777));
+    return std::string("group or others may write to it (mode ") + mode + ")";
+  }
+  return std::nullopt;
 }
 
 bool FolderItem::IsFolder() const {

@@ -4,8 +4,11 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+
+struct stat;
 
 namespace platform {
 
@@ -37,6 +40,10 @@ class FolderItem {
 
   // True when something is on disk under this path (a dangling symbolic link counts).
   bool Exists() const;
+  // Why what lies under this path may not hold what is private to the user (see WhyNotOwn); it
+  // is looked at with lstat, so a symbolic link is seen as one and never followed. nullopt when
+  // nothing is there.
+  std::optional<std::string> WhyNotOwn() const;
   bool IsFolder() const;
   // Creates the folder (see Access for its mode); throws IOException naming the path on failure.
   void CreateFolder(Access access = Access::Shared) const;
@@ -52,6 +59,12 @@ class FolderItem {
  private:
   std::filesystem::path path_;
 };
+
+// Why a file or folder with this status may not hold what is private to the user, in words for
+// a message ("it belongs to another user (uid 1001)", "group or others may write to it (mode
+// 0777)", "it is a symbolic link"), or nullopt when it is the user's own and nobody else may
+// change it. Group or others reading is no reason: a peer's umask may leave a folder 0755.
+std::optional<std::string> WhyNotOwn(const struct ::stat& status);
 
 namespace SpecialFolder {
 // The temporary folder: $TMPDIR when set and not empty, else /tmp, and nothing else: the

@@ -1,6 +1,7 @@
 #include "platform/text_stream.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,6 +20,11 @@ int OpenForAppend(const FolderItem& file, Access access) {
 }
 std::string Describe(const std::string& what, const std::string& path, int error) {
   return what + " " + path + ": " + std::strerror(error);
+}
+std::optional<std::string> WhyDescriptorNotOwn(int fd, const std::string& path) {
+  struct stat st;
+  if (::fstat(fd, &st) != 0) return Describe("cannot look at", path, errno);
+  return WhyNotOwn(st);
 }
 }  // namespace
 
@@ -57,6 +63,26 @@ void TextOutputStream::Write(std::string_view text) {
     }
     text.remove_prefix(static_cast<std::size_t>(n));
   }
+}
+
+void TextOutputStream::WriteWhole(std::string_view text) {
+  struct stat before;
+  if (::fstat(fd_, &before) != 0) {
+    last_error_ = errno;
+    throw IOException(Describe("Cannot look at", path_, last_error_), last_error_);
+  }
+  try {
+    Write(text);
+  } catch (const IOException& error) {
+    if (::ftruncate(fd_, before.st_size) == 0) throw;
+    throw IOException(
+        std::string(error.what()) + "; " + Describe("and cannot cut back", path_, errno),
+        error.ErrorNumber());
+  }
+}
+
+std::optional<std::string> TextOutputStream::WhyNotOwn() const {
+  return WhyDescriptorNotOwn(fd_, path_);
 }
 
 void TextOutputStream::WriteLine(std::string_view text) {
@@ -100,6 +126,10 @@ std::string TextInputStream::ReadAll() {
     result.append(chunk, static_cast<std::size_t>(n));
   }
   return result;
+}
+
+std::optional<std::string> TextInputStream::WhyNotOwn() const {
+  return WhyDescriptorNotOwn(fd_, path_);
 }
 
 void TextInputStream::Close() noexcept {

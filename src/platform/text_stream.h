@@ -4,6 +4,7 @@
 // file when its last reference goes.
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,11 +28,19 @@ class TextOutputStream {
 
   // Writes all bytes of text; throws IOException with the errno when the file reports an error.
   void Write(std::string_view text);
+  // Writes all bytes of text or none: when the file reports an error part way (a full disk, a
+  // quota, a size limit), the file is cut back to the length it had before, then IOException as
+  // Write. For a file that nobody else writes to meanwhile: what another writer adds in between
+  // would be cut away with it.
+  void WriteWhole(std::string_view text);
   // Writes text and the line delimiter "\n" in one append.
   void WriteLine(std::string_view text);
   // Nothing is held back in memory, so this only reports a stream that has failed before.
   void Flush();
   int LastErrorCode() const noexcept { return last_error_; }
+  // WhyNotOwn of the open file itself (fstat of the descriptor): what is judged is what is
+  // written, whatever the path names meanwhile.
+  std::optional<std::string> WhyNotOwn() const;
 
  private:
   explicit TextOutputStream(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
@@ -55,6 +64,8 @@ class TextInputStream {
   // Throws IOException with the errno on a read error.
   std::string ReadAll();
   void Close() noexcept;
+  // WhyNotOwn of the open file itself, as for TextOutputStream.
+  std::optional<std::string> WhyNotOwn() const;
 
  private:
   explicit TextInputStream(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}

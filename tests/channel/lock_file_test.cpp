@@ -3,6 +3,7 @@
 #include "channel/lock_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -16,8 +17,11 @@ using LockFileTest = qem_test::TempEnvTest;
 
 TEST_F(LockFileTest, HeldLockShutsOutEveryOtherAttemptAndReleaseRemovesItsFile) {
   qem_test::WriteFile(tmp() / "l", "");  // left by a holder that died: free for the taking
+  ::chmod((tmp() / "l").c_str(), 0644);  // and made by the peer: used as it is
+  auto mode = [&] { return static_cast<int>(std::filesystem::status(tmp() / "l").permissions()); };
   auto held = lock_file::make("l", log_file::make_null());
   ASSERT_NE(held, nullptr);
+  EXPECT_EQ(mode(), 0644);
   EXPECT_EQ(held->nativepath(), (tmp() / "l").string());
   // The lock belongs to the descriptor: a second attempt from this very process fails too, and
   // leaves the holder's empty file alone.
@@ -28,7 +32,8 @@ TEST_F(LockFileTest, HeldLockShutsOutEveryOtherAttemptAndReleaseRemovesItsFile) 
   EXPECT_EQ(qem_test::ReadFile(tmp() / "l"), "");
   held.reset();
   EXPECT_FALSE(std::filesystem::exists(tmp() / "l"));
-  EXPECT_NE(lock_file::make("l", log_file::make_null()), nullptr);
+  held = lock_file::make("l", log_file::make_null());
+  EXPECT_EQ(mode(), 0600) << "a lock file made here is the user's alone";
   EXPECT_THROW(lock_file(FolderItem(tmp() / "l2"), nullptr), platform::NilObjectException);
 }
 
@@ -57,6 +62,13 @@ TEST_F(LockFileTest, AttemptsThatCanNeverSucceedGiveNilAndTheWaitsThrowAtOnce) {
   ::setenv("TMPDIR", (root() / "gone").c_str(), 1);
   EXPECT_NO_THROW(EXPECT_EQ(lock_file::make("l", log_file::make_null()), nullptr));
   EXPECT_THROW(lock_file::occupy("l", log_file::make_null()), platform::IOException);
+  // A name that is no file of its own in the temporary folder is no attempt at all.
+  for (const char* name : {"", "../l", "/l"}) {
+    using Refused = platform::UnsupportedFormatException;
+    EXPECT_THROW(lock_file::make(name, log_file::make_null()), Refused) << name;
+    EXPECT_THROW(lock_file::occupy(name, log_file::make_null()), Refused) << name;
+    EXPECT_THROW(lock_file::await_occupied_by_other(name, log_file::make_null()), Refused) << name;
+  }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "channel/lock_file.h"
 #include "channel/many_to_one_receiver.h"
@@ -38,33 +39,69 @@ TEST_F(SenderTest, OpHoldsTheEntryLockForItsLifeAndAppendsEachTextAndOneNul) {
   EXPECT_FALSE(std::filesystem::exists(EntryLock("ch")));
 }
 
-TEST_F(SenderTest, ChannelFilesArePrivateAndASymbolicLinkAtTheDataFileIsRefused) {
+// Makes a folder, or an empty file, with exactly `mode`, and of user `uid` when that is set.
+void Make(const std::filesystem::path& path, mode_t mode, bool folder = true, uid_t uid = 0) {
+  folder ? void(std::filesystem::create_directory(path)) : qem_test::WriteFile(path, "");
+  ::chmod(path.c_str(), mode);
+  if (uid != 0) {
+    ASSERT_EQ(::chown(path.c_str(), uid, uid), 0);
+  }
+}
+
+// What `use` threw, or "" when it went on.
+std::string Outcome(const std::function<void()>& use) {
+  try {
+    use();
+    return "";
+  } catch (const platform::Exception& e) {
+    return e.what();
+  }
+}
+
+TEST_F(SenderTest, ChannelFilesArePrivateAndNeitherEndUsesALinkOrAnotherUsersFile) {
   MakeSender("ch")->op()->write("secret");
   for (auto [path, mode] : {std::pair{Folder("ch"), 0700u}, std::pair{Data("ch"), 0600u}}) {
     struct stat st;
     ASSERT_EQ(::stat(path.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, mode) << path;
   }
-  // A link planted in the data file's place: neither end writes or reads through it.
-  auto sock = many_to_one::receiver::make("ch", log_file::make_null());
-  std::filesystem::remove(Data("ch"));
-  qem_test::WriteFile(root() / "theirs", "theirs");
-  std::filesystem::create_symlink(root() / "theirs", Data("ch"));
-  try {
-    MakeSender("ch")->op()->write("mine");
-    ADD_FAILURE() << "written through a symbolic link";
-  } catch (const platform::NilObjectException& e) {
-    EXPECT_NE(std::string(e.what()).find(Data("ch").string() + " for appending: it is a symbolic"),
-              std::string::npos)
-        << e.what();
+  // What the links point at, which nothing may read or change.
+  const auto theirs = root() / "theirs", their_folder = root() / "their_folder";
+  qem_test::WriteFile(theirs, "theirs");
+  std::filesystem::create_directory(their_folder);
+  const auto link = [](auto target, auto at) { std::filesystem::create_symlink(target, at); };
+  using Id = const std::string&;
+  const struct {
+    const char* name;
+    std::function<void(Id)> plant;
+    std::string said;  // in what both ends throw; "" when both go on
+  } rows[] = {
+      {"link at the entry lock", [&](Id id) { link(theirs, EntryLock(id)); }, "symbolic link"},
+      {"link at the folder", [&](Id id) { link(their_folder, Folder(id)); }, "symbolic link"},
+      {"link at the data file", [&](Id id) { Make(Folder(id), 0700), link(theirs, Data(id)); },
+       "symbolic link"},
+      {"folder others may write to", [&](Id id) { Make(Folder(id), 0777); }, "(mode 0777)"},
+      {"data file the group may write to",
+       [&](Id id) { Make(Folder(id), 0700), Make(Data(id), 0620, false); }, "(mode 0620)"},
+      {"folder of another user", [&](Id id) { Make(Folder(id), 0700, true, 4242); },
+       "another user (uid 4242)"},
+      {"own folder 0755, data file 0644: a peer's umask",
+       [&](Id id) { Make(Folder(id), 0755), Make(Data(id), 0644, false); }, ""},
+  };
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    const auto& row = rows[i];
+    if (row.said.starts_with("another") && ::geteuid() != 0) continue;  // chown needs root
+    const std::string id = "c" + std::to_string(i);
+    row.plant(id);
+    auto sock = many_to_one::receiver::make(id, log_file::make_null());
+    for (const std::string& what : {Outcome([&] { MakeSender(id)->op()->write("mine"); }),
+                                    Outcome([&] { EXPECT_EQ(sock->op()->read(), "mine"); })}) {
+      EXPECT_EQ(what.empty(), row.said.empty()) << row.name << ": " << what;
+      EXPECT_NE(what.find(row.said), std::string::npos) << row.name << ": " << what;
+    }
   }
-  EXPECT_THROW(sock->op()->read(), platform::NilObjectException);
-  EXPECT_EQ(qem_test::ReadFile(root() / "theirs"), "theirs");
-  // A data file that can't be opened at all: nothing is added, and the lock goes with the op.
-  std::filesystem::remove(Data("ch"));
-  std::filesystem::create_directories(Data("ch"));
-  EXPECT_THROW(MakeSender("ch")->op()->write("lost"), platform::NilObjectException);
-  EXPECT_FALSE(std::filesystem::exists(EntryLock("ch")));
+  EXPECT_EQ(qem_test::ReadFile(theirs), "theirs");
+  EXPECT_TRUE(std::filesystem::is_empty(their_folder));
 }
 
 }  // namespace

@@ -19,10 +19,12 @@ using namespace std::chrono_literals;
 class QemChannelTest : public qem_test::ChannelTest {
  protected:
   // Runs the tool to its end; gives its exit status and keeps what it wrote.
-  int Run(std::vector<std::string> args, const std::string& input = "") {
+  // With `size_limit`, no file may grow past that many bytes, as on a disk that is full.
+  int Run(std::vector<std::string> args, const std::string& input = "", long long size_limit = 0) {
     args.insert(args.begin(), QEM_CHANNEL_TOOL);
     qem_test::WriteFile(root() / "in", input);
-    int status = qem_test::Spawn(args, {root() / "in", root() / "out", root() / "err"}).Wait(60s);
+    int status = qem_test::Spawn(args, {root() / "in", root() / "out", root() / "err", size_limit})
+                     .Wait(60s);
     out = qem_test::ReadFile(root() / "out");
     err = qem_test::ReadFile(root() / "err");
     return status;
@@ -77,13 +79,24 @@ TEST_F(QemChannelTest, PurgeNulEndingsAndRecordsBeyondTheCountArePutBack) {
   EXPECT_EQ(out, "second\n\nfourth\n");
 }
 
+TEST_F(QemChannelTest, AWriteThatFailsPartWayLeavesNoPartOfItsRecord) {
+  const std::string first(4000, 'a');  // the file's size, and room for the one line on stderr
+  EXPECT_EQ(Run({"send", "ch", first}), 0);
+  // The second line's record crosses the limit: its write comes back short, then fails.
+  EXPECT_EQ(Run({"send", "ch"}, "fits\n" + std::string(100, 'b') + "\n", 4050), 4);
+  EXPECT_EQ(Lines(err), 1) << err;
+  EXPECT_EQ(qem_test::ReadFile(Data("ch")), first + '\0' + "fits" + '\0');
+}
+
 TEST_F(QemChannelTest, BadUsageAndRefusedIdsExitWithTwoAndAQuietChannelTimesOut) {
   const std::vector<std::vector<std::string>> bad = {{},
                                                      {"listen", "ch"},
                                                      {"send", "ch", "one", "two"},
                                                      {"receive", "ch", "--count", "0"},
                                                      {"receive", "ch", "--timeout", "soon"},
-                                                     {"send", "a/b", "x"}};
+                                                     {"send", "a/b", "x"},
+                                                     {"receive", ".."},
+                                                     {"occupied", "../ch"}};
   for (const auto& args : bad) {
     SCOPED_TRACE(testing::PrintToString(args));
     EXPECT_EQ(Run(args), 2);

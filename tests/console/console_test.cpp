@@ -6,10 +6,14 @@
 #include <QApplication>
 #include <QPixmap>
 #include <QTimer>
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
+#include <set>
 #include <vector>
 
 #include "channel/many_to_one_receiver.h"
+#include "channel/many_to_one_sender.h"
 #include "console_fixture.h"
 #include "platform/documents_folder.h"
 #include "platform/run_loop.h"
@@ -84,7 +88,6 @@ TEST_F(Console, TheBoxHoldsTheStayAliveLockWhileCheckedAndNeverAnotherHolders) {
   EXPECT_TRUE(Occupied("alive"));
   ClickLockBox();
   EXPECT_FALSE(Occupied("alive"));
-  EXPECT_FALSE(std::filesystem::exists(tmp() / "alive"));
 
   // Held elsewhere: the box stays checked and holds nothing, and clearing it lets go of nothing.
   auto other = lock_file::make("alive", log_file::make_null());
@@ -95,6 +98,47 @@ TEST_F(Console, TheBoxHoldsTheStayAliveLockWhileCheckedAndNeverAnotherHolders) {
   EXPECT_FALSE(Occupied("alive"));
   ClickLockBox();
   EXPECT_TRUE(Occupied("alive")) << "the box takes the lock again once it is free";
+}
+
+TEST_F(Console, NamesThatWouldLeaveTheirFolderGiveOneLineAndTouchNoFile) {
+  // A file of the user's beside the folders, and a channel folder to climb out of.
+  const auto victim = root() / "victim";
+  qem_test::WriteFile(victim, "keep");
+  std::make_shared<many_to_one::sender>("x", log_file::make_null())->op();
+  auto tree = [&] {
+    std::set<std::filesystem::path> paths;
+    for (const auto& e : std::filesystem::recursive_directory_iterator(root())) paths.insert(e);
+    return paths;
+  };
+  const auto before = tree();
+  Type(console->tfchannel(), "good");
+  Click(console->pbstart());  // a refused Start must not leave this sender for Send
+  auto& key = console->tfstay_alive_key();
+  auto& channel = console->tfchannel();
+  const struct {
+    platform::DesktopTextField* field;
+    std::string name;
+  } rows[] = {{&key, victim.string()},
+              {&key, "../victim"},
+              {&key, ""},
+              {&channel, "x.dir/../../victim"},
+              {&channel, ".."}};
+  for (const auto& row : rows) {
+    row.field->Text(row.name);
+    testing::internal::CaptureStderr();
+    if (row.field == &key) {
+      ClickLockBox();  // checked, holding nothing; cleared, deleting nothing
+      ClickLockBox();
+    } else {
+      Click(console->pbstart());
+      Click(console->pbsend());
+    }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), row.field == &key ? 1 : 2) << said;
+    EXPECT_NE(said.find("\"" + row.name + "\" refused"), std::string::npos) << said;
+  }
+  EXPECT_EQ(tree(), before);
+  EXPECT_EQ(qem_test::ReadFile(victim), "keep");
 }
 
 TEST_F(Console, SendDeliversTheTextAsOneMessageThroughTheSenderOfTheLastStart) {

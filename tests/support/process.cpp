@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,6 +72,13 @@ Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options) {
     for (int fd : {1, 2}) {
       const std::string& path = fd == 1 ? options.stdout_path : options.stderr_path;
       if (!path.empty()) Redirect(path, fd, O_WRONLY | O_CREAT | O_TRUNC);
+    }
+    if (options.file_size_limit > 0) {
+      const rlimit limit{static_cast<rlim_t>(options.file_size_limit),
+                         static_cast<rlim_t>(options.file_size_limit)};
+      if (::signal(SIGXFSZ, SIG_IGN) == SIG_ERR || ::setrlimit(RLIMIT_FSIZE, &limit) != 0) {
+        ::_exit(126);
+      }
     }
     ::execv(args[0], args.data());
     ::_exit(127);

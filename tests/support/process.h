@@ -15,6 +15,9 @@ struct SpawnOptions {
   std::string stdin_path{};   // empty: /dev/null
   std::string stdout_path{};  // empty: inherit
   std::string stderr_path{};  // empty: inherit
+  // When set, no file may grow past this many bytes (RLIMIT_FSIZE, SIGXFSZ ignored): a write
+  // across it comes back short, and the next fails with EFBIG, as on a full disk.
+  long long file_size_limit = 0;
 };
 
 class Child {
