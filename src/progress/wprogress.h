@@ -52,7 +52,8 @@ class wProgress : public platform::DesktopWindow, public commandable {
   // {"obj_id":"<id>","cmd":"pressed","btn_id":"<entry id>"} for the top state's entry of that
   // button, unescaped, and blocks until the forwarder has written it; then, if more than one
   // state is on the stack, drops the top one and lays out the one below. If the write throws,
-  // the exception passes on and the stack stays as it was. A closed window ignores presses.
+  // the exception passes on and the stack stays as it was. A press of a button that isn't on
+  // the screen (a hidden slot, a hidden or closed window) does nothing: no reply, no pop.
   void btn_Pressed(platform::DesktopButton& sender);
 
   // Lays the whole window out from the top state: title, label, buttons, bar, height, and

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
+
 #include "platform/exceptions.h"
 #include "progress_fixture.h"
 
@@ -57,6 +59,28 @@ TEST_F(Commands, ThreePushesNeedThreePressesAndAFourthChangesNoState) {
   EXPECT_EQ(w->stack.size(), 1u);
   ASSERT_EQ(replies_->replies.size(), 4u);
   EXPECT_EQ(replies_->replies[3], R"({"obj_id":"w1","cmd":"pressed","btn_id":""})");
+}
+
+// An accessibility client reaches buttons that no user can press: the hidden slots, and the
+// buttons of a window that is off the screen. Such a press neither answers nor pops.
+TEST_F(Commands, APressOfAButtonThatIsNotOnTheScreenDoesNothing) {
+  struct Case {
+    const char* name;
+    const char* pushed;
+    int button;
+  };
+  const Case cases[] = {
+      {"slot without an entry", R"({"cmd":"push","style":1,"btn_spec":[{"id":"yes"}]})", 1},
+      {"hidden window", R"({"cmd":"push","style":5,"btn_spec":[{"id":"yes"}]})", 0},
+  };
+  for (const auto& c : cases) {
+    auto w = Make(R"({"style":1,"btn_spec":[{"id":"a"},{"id":"b"}]})");
+    w->cmd(Command(c.pushed));
+    replies_->replies.clear();
+    static_cast<QAbstractButton*>(w->btn(c.button).Widget())->click();
+    EXPECT_EQ(replies_->replies, std::vector<std::string>{}) << c.name;
+    EXPECT_EQ(w->stack.size(), 2u) << c.name;
+  }
 }
 
 class FailingForwarder : public message_forwarder {
