@@ -1,6 +1,7 @@
 // The layout of a progress window, worked out afresh from the top state after every change.
 
 #include "platform/text.h"
+#include "progress/set_rect.h"
 #include "progress/wprogress.h"
 
 namespace {
