@@ -3,29 +3,15 @@
 // keeps its replies, commands written as JSON, write counts over a window and its controls.
 
 #include <QtTest/QTest>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "json/tree_dictionary.h"
 #include "progress/wprogress.h"
+#include "table_measurer.h"
 
 namespace qem_test {
-
-// Sizes from tables; any other text measures 17 high and 10 per byte wide.
-class TableMeasurer : public platform::TextMeasurer {
- public:
-  std::map<std::string, double> heights, widths;
-  double wrap_width = 0;  // the width the last height was asked for
-  double StringHeight(const std::string& text, const std::string&, double, double width) override {
-    wrap_width = width;
-    return heights.contains(text) ? heights[text] : 17.0;
-  }
-  double StringWidth(const std::string& text, const std::string&, double) override {
-    return widths.contains(text) ? widths[text] : 10.0 * static_cast<double>(text.size());
-  }
-};
 
 class RecordingForwarder : public message_forwarder {
  public:
