@@ -1,6 +1,6 @@
 #pragma once
-// Shared by the progress window tests: known text sizes in place of a font's, a forwarder that
-// keeps its replies, commands written as JSON, write counts over a window and its controls.
+// Shared by the progress window tests: a forwarder that keeps its replies, commands written as
+// JSON, write counts over a window and its controls, what a user sees of it.
 
 #include <QtTest/QTest>
 #include <memory>
@@ -44,6 +44,15 @@ inline void ResetWrites(wProgress& w) {
   w.ProgressBar1().ResetWrites();
   w.Label1().ResetWrites();
   for (auto* b : w.btns()) b->ResetWrites();
+}
+
+// What a user sees of a window, enough to tell one state from another.
+inline std::string LookOf(const wProgress& w) {
+  std::string look = w.Title() + "|" + (w.Label1().Visible() ? w.Label1().Text() : "") + "|" +
+                     std::to_string(w.ProgressBar1().Visible()) + "|" +
+                     std::to_string(w.ProgressBar1().Value()) + "|" + std::to_string(w.Height());
+  for (const auto* b : w.btns()) look += b->Visible() ? "|" + b->Caption() : "";
+  return look;
 }
 
 // A click with the mouse, as the user makes it.
