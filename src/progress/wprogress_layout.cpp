@@ -5,6 +5,8 @@
 #include "progress/set_rect.h"
 #include "progress/wprogress.h"
 
+static_assert(progress_layout::kSlots == wProgress::kButtons, "one button per layout slot");
+
 namespace {
 
 progress_layout::font FontOf(const platform::DesktopUIControl& control) {
