@@ -1,9 +1,8 @@
 #pragma once
-// How text is measured for a layout. A layout asks a TextMeasurer instead of Qt, so that a test
-// can put known sizes in place of a font's; the default measurer uses the same font as the
-// control that shows the text (see ControlFont), so that what it measures fits.
+// How text is measured for a layout. A layout asks a TextMeasurer instead of Qt, so that it can
+// be worked out without a display, and a test can put known sizes in place of a font's. The
+// measurer the windows use is FontMetricsMeasurer (font_metrics_measurer.h).
 
-#include <memory>
 #include <string>
 
 namespace platform {
@@ -19,8 +18,5 @@ class TextMeasurer {
   // The width of `text` on one line in that font.
   virtual double StringWidth(const std::string& text, const std::string& font, double size) = 0;
 };
-
-// The process-wide measurer over Qt's font metrics. Needs the application object to exist.
-std::shared_ptr<TextMeasurer> FontMetricsMeasurer();
 
 }  // namespace platform

@@ -3,8 +3,6 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/desktop_ui_control.h"
-
 namespace progress_helpers {
 
 int prog_style::Compare(const prog_style* other) const noexcept {
@@ -14,14 +12,6 @@ int prog_style::Compare(const prog_style* other) const noexcept {
                                                     static_cast<std::uint64_t>(other->value_));
   const double d = static_cast<double>(difference);
   return (d > 0) - (d < 0);
-}
-
-void set_rect(platform::DesktopUIControl& control, std::int64_t left, std::int64_t top,
-              std::int64_t width, std::int64_t height) {
-  if (control.Left() != left) control.Left(left);
-  if (control.Top() != top) control.Top(top);
-  if (control.Width() != width) control.Width(width);
-  if (control.Height() != height) control.Height(height);
 }
 
 std::int64_t truncate(double value) noexcept {

@@ -1,11 +1,8 @@
 #pragma once
-// The style flags of a progress window and the one way its controls are moved.
+// The style flags of a progress window, and the one conversion of its layout from a double to
+// an integer. No window and no control: the layout computed from these stands without a GUI.
 
 #include <cstdint>
-
-namespace platform {
-class DesktopUIControl;
-}
 
 namespace progress_helpers {
 
@@ -51,11 +48,6 @@ class prog_style {
   explicit prog_style(std::int64_t value) noexcept : value_(value) {}
   std::int64_t value_;
 };
-
-// Moves `control` to the rectangle, writing only the properties that differ (read first): a
-// control already in place gets no write at all.
-void set_rect(platform::DesktopUIControl& control, std::int64_t left, std::int64_t top,
-              std::int64_t width, std::int64_t height);
 
 // A double as an integer, truncated toward zero; NaN gives 0 and values past the 64-bit range
 // give its ends, so no input can make the conversion undefined.

@@ -1,6 +1,8 @@
 #include "progress/wprogress.h"
 
 #include "platform/exceptions.h"
+#include "platform/font_metrics_measurer.h"
+#include "progress/set_rect.h"
 
 wProgress::wProgress(std::string id, std::shared_ptr<platform::Dictionary> init,
                      std::shared_ptr<message_forwarder> forwarder,

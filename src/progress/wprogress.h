@@ -52,12 +52,13 @@ class wProgress : public platform::DesktopWindow, public commandable {
   // {"obj_id":"<id>","cmd":"pressed","btn_id":"<entry id>"} for the top state's entry of that
   // button, unescaped, and blocks until the forwarder has written it; then, if more than one
   // state is on the stack, drops the top one and lays out the one below. If the write throws,
-  // the exception passes on and the stack stays as it was. A closed window ignores presses.
+  // the exception passes on and the stack stays as it was. A press of a button that isn't on
+  // the screen (a hidden slot, a hidden or closed window) does nothing: no reply, no pop.
   void btn_Pressed(platform::DesktopButton& sender);
 
-  // Lays the whole window out from the top state: title, label, buttons, bar, height, and
-  // whether it is on the screen. Every write is guarded by a read; the window is never moved.
-  // A state without a style is laid out as style none. Never fails.
+  // Lays the whole window out from the top state (progress_layout::compute) and applies the
+  // result: title, hiding, message, label, buttons, bar, height, showing, in that order. Every
+  // write is guarded by a read; the window is never moved. Never fails.
   void reformat();
 
   // The states; the last one is shown. Never empty, and element 0 is never removed.
@@ -86,9 +87,6 @@ class wProgress : public platform::DesktopWindow, public commandable {
   std::vector<std::shared_ptr<button_spec>> btn_specs() const;
   // The top state's entry for one button, or the dummy of that index. Writes nothing.
   std::shared_ptr<button_spec> btn_specs(std::int64_t index) const;
-  double text_height(const std::string& text, const std::string& font, double size,
-                     double width) const;
-  double text_width(const std::string& text, const std::string& font, double size) const;
   // One line on stderr about a part of a command that was skipped.
   void report_skipped(std::string_view what, std::string_view why) const;
 

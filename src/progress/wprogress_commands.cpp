@@ -56,7 +56,10 @@ void wProgress::cmd(std::shared_ptr<platform::Dictionary> d) {
 }
 
 void wProgress::btn_Pressed(platform::DesktopButton& sender) {
-  if (Closed()) return;
+  // Only a button the user can see answers. The slots without an entry stay in the window for
+  // the layout, hidden yet enabled, and an accessibility client can still reach them; so can it
+  // reach the buttons of a window that is off the screen.
+  if (Closed() || !Visible() || !sender.Visible()) return;
   const std::shared_ptr<button_spec> entry = btn_specs(sender.Index());
   if (!response_callback) throw platform::NilObjectException("wProgress has no forwarder");
   response_callback->write("{\"obj_id\":\"" + obj_id + "\",\"cmd\":\"pressed\",\"btn_id\":\"" +

@@ -1,116 +1,81 @@
-// The layout of a progress window, worked out afresh from the top state after every change.
+// The layout of a progress window, applied afresh from the top state after every change.
 
 #include "platform/text.h"
+#include "progress/progress_layout.h"
+#include "progress/set_rect.h"
 #include "progress/wprogress.h"
+
+static_assert(progress_layout::kSlots == wProgress::kButtons, "one button per layout slot");
 
 namespace {
 
-using progress_helpers::prog_style;
-using progress_helpers::set_rect;
-using progress_helpers::truncate;
+progress_layout::font FontOf(const platform::DesktopUIControl& control) {
+  return {control.FontName(), control.FontSize()};
+}
 
-constexpr std::int64_t kMargin = 20;      // beside the label and the bar, above the label
-constexpr std::int64_t kLabelSides = 40;  // window width minus this is the label's width
-constexpr std::int64_t kGap = 20;         // between label and row, below the row
-constexpr std::int64_t kButtonGap = 20;   // between buttons, and between bar and buttons
-constexpr double kButtonExtra = 20.0;     // added to a caption's measured width
-constexpr std::int64_t kButtonHeight = 22;
-constexpr std::int64_t kBarHeight = 20;
-constexpr std::int64_t kBarScale = 1000;
+void Place(platform::DesktopUIControl& control, const progress_layout::rect& r) {
+  progress_helpers::set_rect(control, r.left, r.top, r.width, r.height);
+}
 
 }  // namespace
 
-double wProgress::text_height(const std::string& text, const std::string& font, double size,
-                              double width) const {
-  return measurer_->StringHeight(text, font, size, width);
-}
-
-double wProgress::text_width(const std::string& text, const std::string& font, double size) const {
-  return measurer_->StringWidth(text, font, size);
-}
-
 void wProgress::reformat() {
-  const prog_style style = this->style().value_or(prog_style::none());
   platform::DesktopLabel& label = Label1();
   platform::DesktopProgressBar& bar = ProgressBar1();
+  progress_layout::shown now;
+  now.label_font = FontOf(label);
+  for (std::size_t i = 0; i < progress_layout::kSlots; ++i) now.button_fonts[i] = FontOf(*btn_[i]);
+  now.label_text = label.Text();
+  const progress_layout::result r = progress_layout::compute(state(), Width(), *measurer_, now);
 
-  // Title; letter case alone is no change.
-  if (!platform::EqualsPlain(Title(), title_())) Title(title_());
+  // The records keep the widths worked out for them.
+  const auto entries = btn_specs();
+  for (std::size_t i = 0; i < entries.size(); ++i) entries[i]->width = r.buttons[i].width;
+
+  // Every write below is guarded by a read. Title; letter case alone is no change.
+  if (!platform::EqualsPlain(Title(), r.title)) Title(r.title);
 
   // Hiding comes first, so that a window never shows a half-made look.
-  if (style.Contains(prog_style::hidden()) && Visible()) Visible(false);
+  if (r.hidden && Visible()) Visible(false);
 
   // Message text.
-  if (!platform::EqualsPlain(label.Text(), msg())) label.Text(msg());
+  if (!platform::EqualsPlain(label.Text(), r.message)) label.Text(r.message);
 
-  // The label above the row, as high as its text; or none, and the message in the title bar.
-  if (style.Contains(prog_style::has_message())) {
-    const std::int64_t h =
-        truncate(text_height(label.Text(), label.FontName(), static_cast<double>(label.FontSize()),
-                             static_cast<double>(label.Width())));
-    set_rect(label, kMargin, kMargin, Width() - kLabelSides, h);
-    if (!label.Visible()) label.Visible(true);
-  } else {
-    set_rect(label, kMargin, 0, Width() - kLabelSides, 0);
-    if (label.Visible()) label.Visible(false);
-    if (!platform::EqualsPlain(Title(), msg())) Title(msg());
-  }
+  // The label; without it, the title bar takes the message.
+  Place(label, r.label);
+  if (label.Visible() != r.label_visible) label.Visible(r.label_visible);
+  if (!r.label_visible && !platform::EqualsPlain(Title(), r.title_bar)) Title(r.title_bar);
 
-  // Button widths, and the width of the whole row of visible buttons.
-  std::int64_t total = 0;
-  for (const auto& entry : btn_specs()) {
-    if (entry->visible) {
-      const platform::DesktopButton& b = btn(entry->index);
-      entry->width =
-          text_width(entry->text, b.FontName(), static_cast<double>(b.FontSize())) + kButtonExtra;
-      if (total > 0) total += kButtonGap;
-      total = truncate(entry->width + static_cast<double>(total));
-    } else {
-      entry->width = 0.0;
-    }
-  }
-
-  // The row's top, and its right edge: at the margin beside a bar, else centred.
-  const std::int64_t row = label.Top() + label.Height() + kGap;
-  const bool has_progress = style.Contains(prog_style::has_progress());
-  std::int64_t x =
-      has_progress ? Width() - kMargin : truncate(static_cast<double>(Width() + total) / 2.0);
-
-  // Buttons from right to left, the first entry rightmost.
-  for (const auto& entry : btn_specs()) {
-    platform::DesktopButton& b = btn(entry->index);
-    if (entry->visible) {
-      x = truncate(static_cast<double>(x) - entry->width);
-      set_rect(b, x, row, truncate(entry->width), kButtonHeight);
+  // Buttons in slot order; a hidden one keeps its place and caption.
+  for (std::size_t i = 0; i < progress_layout::kSlots; ++i) {
+    const progress_layout::button& slot = r.buttons[i];
+    platform::DesktopButton& b = *btn_[i];
+    if (slot.visible) {
+      Place(b, slot.place);
       // A caption's letter case counts.
-      if (b.Caption() != entry->text) b.Caption(entry->text);
+      if (b.Caption() != slot.caption) b.Caption(slot.caption);
       if (!b.Enabled()) b.Enabled(true);
       if (!b.Visible()) b.Visible(true);
-      x -= kButtonGap;
     } else if (b.Visible()) {
       b.Visible(false);
     }
   }
 
-  // The bar's state; a negative progress is indeterminate, anything else is a fraction of
-  // the scale, not clamped.
-  if (bar.Visible() != has_progress) bar.Visible(has_progress);
-  if (progress() < 0.0) {
+  // The bar's state: a busy bar keeps its scale and value.
+  if (bar.Visible() != r.bar_visible) bar.Visible(r.bar_visible);
+  if (r.indeterminate) {
     if (!bar.Indeterminate()) bar.Indeterminate(true);
   } else {
     if (bar.Indeterminate()) bar.Indeterminate(false);
-    if (bar.MaximumValue() != kBarScale) bar.MaximumValue(kBarScale);
-    const std::int64_t v = truncate(static_cast<double>(bar.MaximumValue()) * progress());
-    if (bar.Value() != static_cast<double>(v)) bar.Value(static_cast<double>(v));
+    if (bar.MaximumValue() != r.bar_maximum) bar.MaximumValue(r.bar_maximum);
+    const auto value = static_cast<double>(r.bar_value);
+    if (bar.Value() != value) bar.Value(value);
   }
 
-  // The bar fills the row up to the leftmost button; its row is kept even when it is hidden.
-  set_rect(bar, kMargin, row, x - kMargin, kBarHeight);
-
-  // The window's height follows the row.
-  const std::int64_t height = bar.Top() + bar.Height() + kGap;
-  if (Height() != height) Height(height);
+  // The bar's place, and the window's height.
+  Place(bar, r.bar);
+  if (Height() != r.height) Height(r.height);
 
   // Showing comes last, so that the window appears with its final look.
-  if (!style.Contains(prog_style::hidden()) && !Visible()) Visible(true);
+  if (!r.hidden && !Visible()) Visible(true);
 }

@@ -11,7 +11,7 @@
 
 #include "platform/desktop_controls.h"
 #include "platform/desktop_window.h"
-#include "platform/text_measurer.h"
+#include "platform/font_metrics_measurer.h"
 
 namespace {
 

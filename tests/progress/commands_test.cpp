@@ -3,21 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
+#include <tuple>
+
 #include "platform/exceptions.h"
 #include "progress_fixture.h"
 
 namespace {
 
 using qem_test::Command;
-
-// What a user sees of a window, enough to tell one state from another.
-std::string LookOf(const wProgress& w) {
-  std::string look = w.Title() + "|" + (w.Label1().Visible() ? w.Label1().Text() : "") + "|" +
-                     std::to_string(w.ProgressBar1().Visible()) + "|" +
-                     std::to_string(w.ProgressBar1().Value()) + "|" + std::to_string(w.Height());
-  for (const auto* b : w.btns()) look += b->Visible() ? "|" + b->Caption() : "";
-  return look;
-}
+using qem_test::LookOf;
 
 class Commands : public ::testing::Test {
  protected:
@@ -57,6 +52,22 @@ TEST_F(Commands, ThreePushesNeedThreePressesAndAFourthChangesNoState) {
   EXPECT_EQ(w->stack.size(), 1u);
   ASSERT_EQ(replies_->replies.size(), 4u);
   EXPECT_EQ(replies_->replies[3], R"({"obj_id":"w1","cmd":"pressed","btn_id":""})");
+}
+
+// An accessibility client reaches buttons that no user can press: a slot without an entry, and
+// any button of a window off the screen. Such a press neither answers nor pops.
+TEST_F(Commands, APressOfAButtonThatIsNotOnTheScreenDoesNothing) {
+  const std::tuple<const char*, const char*, int> cases[] = {{"slot without an entry", "1", 1},
+                                                             {"window off the screen", "5", 0}};
+  for (const auto& [name, style, button] : cases) {
+    auto w = Make(R"({"style":1,"btn_spec":[{"id":"a"},{"id":"b"}]})");
+    w->cmd(
+        Command(std::string(R"({"cmd":"push","btn_spec":[{"id":"yes"}],"style":)") + style + "}"));
+    replies_->replies.clear();
+    static_cast<QAbstractButton*>(w->btn(button).Widget())->click();
+    EXPECT_EQ(replies_->replies, std::vector<std::string>{}) << name;
+    EXPECT_EQ(w->stack.size(), 2u) << name;
+  }
 }
 
 class FailingForwarder : public message_forwarder {

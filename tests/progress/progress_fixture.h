@@ -1,31 +1,17 @@
 #pragma once
-// Shared by the progress window tests: known text sizes in place of a font's, a forwarder that
-// keeps its replies, commands written as JSON, write counts over a window and its controls.
+// Shared by the progress window tests: a forwarder that keeps its replies, commands written as
+// JSON, write counts over a window and its controls, what a user sees of it.
 
 #include <QtTest/QTest>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "json/tree_dictionary.h"
 #include "progress/wprogress.h"
+#include "table_measurer.h"
 
 namespace qem_test {
-
-// Sizes from tables; any other text measures 17 high and 10 per byte wide.
-class TableMeasurer : public platform::TextMeasurer {
- public:
-  std::map<std::string, double> heights, widths;
-  double wrap_width = 0;  // the width the last height was asked for
-  double StringHeight(const std::string& text, const std::string&, double, double width) override {
-    wrap_width = width;
-    return heights.contains(text) ? heights[text] : 17.0;
-  }
-  double StringWidth(const std::string& text, const std::string&, double) override {
-    return widths.contains(text) ? widths[text] : 10.0 * static_cast<double>(text.size());
-  }
-};
 
 class RecordingForwarder : public message_forwarder {
  public:
@@ -58,6 +44,15 @@ inline void ResetWrites(wProgress& w) {
   w.ProgressBar1().ResetWrites();
   w.Label1().ResetWrites();
   for (auto* b : w.btns()) b->ResetWrites();
+}
+
+// What a user sees of a window, enough to tell one state from another.
+inline std::string LookOf(const wProgress& w) {
+  std::string look = w.Title() + "|" + (w.Label1().Visible() ? w.Label1().Text() : "") + "|" +
+                     std::to_string(w.ProgressBar1().Visible()) + "|" +
+                     std::to_string(w.ProgressBar1().Value()) + "|" + std::to_string(w.Height());
+  for (const auto* b : w.btns()) look += b->Visible() ? "|" + b->Caption() : "";
+  return look;
 }
 
 // A click with the mouse, as the user makes it.

@@ -1,4 +1,4 @@
-#include "platform/text_measurer.h"
+#include "platform/font_metrics_measurer.h"
 
 #include <algorithm>
 #include <cmath>

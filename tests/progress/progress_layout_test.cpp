@@ -1,0 +1,115 @@
+// The layout of a progress window as a function of its state: where each part goes for each
+// style, which parts show, the order the buttons stand in, and the bar's value. Known text sizes
+// stand in for a font's: no display, no window.
+
+#include "progress/progress_layout.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "table_measurer.h"
+
+namespace {
+
+using progress_helpers::prog_style;
+
+// 500 points wide: two lines at the label's width of 490, one at the window's width of 530.
+const std::string kTwoLines = "Copying 1,204 files from the project to the backup";
+
+progress_state State(std::optional<std::int64_t> style, const std::string& message,
+                     const std::vector<std::string>& captions = {}, double progress = 0.0) {
+  progress_state s;
+  if (style) {
+    auto flags = prog_style::none();
+    flags = *style;
+    s.style = flags;
+  }
+  s.title = "Backup";
+  s.msg = message;
+  s.progress = progress;
+  for (const auto& caption : captions) {
+    auto entry = std::make_shared<button_spec>();
+    entry->text = caption;
+    entry->visible = true;
+    s.btn_specs.push_back(entry);
+  }
+  return s;
+}
+
+std::string Text(const progress_layout::rect& r) {
+  return std::to_string(r.left) + "," + std::to_string(r.top) + "," + std::to_string(r.width) +
+         "," + std::to_string(r.height);
+}
+
+// The look in one line: label, the visible buttons left to right by slot, bar and its value on
+// its scale, window height, title bar, and whether the window stays off the screen. "-" marks a
+// part that doesn't show.
+std::string Look(const progress_layout::result& r) {
+  std::string look = (r.label_visible ? "label " : "label- ") + Text(r.label);
+  for (std::size_t slot : r.on_screen) {
+    look += " | " + std::to_string(slot) + " " + Text(r.buttons[slot].place);
+  }
+  look += (r.bar_visible ? " | bar " : " | bar- ") + Text(r.bar);
+  look += r.indeterminate ? " busy"
+                          : " " + std::to_string(r.bar_value) + "/" + std::to_string(r.bar_maximum);
+  return look + " | " + std::to_string(r.height) + " | " + r.title_bar +
+         (r.hidden ? " | hidden" : "");
+}
+
+// In a window 530 wide, as a window shows it whose label has `label_text`.
+progress_layout::result Compute(const progress_state& s, const std::string& label_text = "") {
+  qem_test::TableMeasurer measurer;
+  measurer.widths = {{"Stop", 47.5}, {"Skip file", 61.2}, {"COPYING", 600}};
+  progress_layout::shown now;
+  now.label_text = label_text;
+  return progress_layout::compute(s, 530, measurer, now);
+}
+
+TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows) {
+  const std::string too_wide(60, 'x');
+  struct Case {
+    const char* name;
+    progress_state state;
+    const char* look;
+  };
+  const Case cases[] = {
+      {"bar and buttons, half done", State(3, kTwoLines, {"Stop", "Skip file"}, 0.5),
+       "label 20,20,490,34 | 1 340,74,81,22 | 0 442,74,67,22 | bar 20,74,300,20 500/1000 | 114 | "
+       "Backup"},
+      {"buttons centred without a bar", State(1, kTwoLines, {"Stop", "Skip file"}),
+       "label 20,20,490,34 | 1 179,74,81,22 | 0 281,74,67,22 | bar- 20,74,139,20 0/1000 | 114 | "
+       "Backup"},
+      {"one button centred", State(1, "Copying", {"Stop"}),
+       "label 20,20,490,17 | 0 230,57,67,22 | bar- 20,57,190,20 0/1000 | 97 | Backup"},
+      {"every flag, truncated", State(7, kTwoLines, {"Stop"}, 0.9999),
+       "label 20,20,490,34 | 0 442,74,67,22 | bar 20,74,402,20 999/1000 | 114 | Backup | hidden"},
+      {"style none, busy", State(0, "Copying", {}, -0.25),
+       "label- 20,0,490,0 | bar- 20,20,245,20 busy | 60 | Copying"},
+      {"no style, negative zero", State(std::nullopt, "Copying", {}, -0.0),
+       "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying"},
+      {"unknown flag, done", State(8, "Copying", {}, 1.0),
+       "label- 20,0,490,0 | bar- 20,20,245,20 1000/1000 | 60 | Copying"},
+      {"bar alone, past the end", State(2, "Copying", {}, 1.5),
+       "label- 20,0,490,0 | bar 20,20,490,20 1500/1000 | 60 | Copying"},
+      {"hidden", State(4, "Copying"),
+       "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying | hidden"},
+      {"empty captions and a fifth entry", State(2, "Copying", {"", "", "", "d", "e"}),
+       "label- 20,0,490,0 | 3 360,20,30,22 | 2 410,20,20,22 | 1 450,20,20,22 | 0 490,20,20,22 | "
+       "bar 20,20,320,20 0/1000 | 60 | Copying"},
+      {"too wide for the row", State(2, "Copying", {too_wide}),
+       "label- 20,0,490,0 | 0 -110,20,620,22 | bar 20,20,-150,20 0/1000 | 60 | Copying"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Look(Compute(c.state)), c.look) << c.name;
+}
+
+// The label keeps its text when the message changes in letter case only, and so its height must
+// be that of the text it keeps.
+TEST(ProgressLayout, TheLabelIsMeasuredWithTheTextItShows) {
+  EXPECT_EQ(Compute(State(1, "Copying"), "COPYING").label.height, 34);
+  EXPECT_EQ(Compute(State(1, "Copying"), "Other").label.height, 17);
+}
+
+}  // namespace
