@@ -1,12 +1,13 @@
-# What an installation holds, in two parts that the Debian packages follow (cmake/package.cmake):
-#  runtime (qem-util): the helper and qem_ctl in bin/, their manual pages, the protocol guide and
-#    its pictures;
-#  dev (qem-util-dev): the client library, the core library it stands on and the public headers
-#    of both; a CMake package (find_package(qem_client CONFIG), target qem::client) and a
-#    pkg-config file (qem_client).
-# Each part's documents folder holds the copyright file and the changelog, as Debian asks.
-# `cmake --install` without --component installs both.
+# What an installation holds: the helper and qem_ctl in bin/; the client library, the core library
+# it stands on and the client's public headers; a CMake package (find_package(qem_client CONFIG),
+# target qem::client) and a pkg-config file (qem_client); the protocol guide and its pictures.
 include(CMakePackageConfigHelpers)
+
+# It comes in two parts, which the Debian packages follow (cmake/package.cmake): runtime
+# (qem-util), the programs, their manual pages and the guide; dev (qem-util-dev), the libraries,
+# the headers, the CMake package and the pkg-config file. Each part's documents folder holds the
+# copyright file and the changelog, as Debian asks. `cmake --install` without --component
+# installs both.
 
 set(qem_dev_docdir ${CMAKE_INSTALL_DATAROOTDIR}/doc/qem-util-dev)
 

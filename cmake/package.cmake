@@ -46,7 +46,8 @@ qem_client starts the qem_util helper from a C++20 program, shows and
 changes its progress windows and questions, and hands back the buttons
 pressed.
 
-This package holds the static libraries qem_client and qem_core, their
-headers, a CMake package (qem::client) and a pkg-config file (qem_client).")
+This package holds the static library qem_client with its headers, the
+core library qem_core that it needs, a CMake package (qem::client) and a
+pkg-config file (qem_client).")
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "qem-util (= ${PROJECT_VERSION})")
 include(CPack)

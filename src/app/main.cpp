@@ -19,8 +19,8 @@ constexpr const char* kUsage =
     "or empty ends it at once, silently. --test=true shows the test console instead.\n"
     "\n"
     "Exit status: 0 done (also on SIGTERM, SIGINT or SIGHUP); 2 a name that would leave its\n"
-    "folder; 3 another helper serves the channel; 4 the temporary or preferences folder can't be\n"
-    "used. See qem_util(1).\n";
+    "folder; 3 another helper serves the channel; 4 the temporary or preferences folder or the\n"
+    "channel can't be used. qem_util(1) tells the others, and the files.\n";
 
 // The answer to `--help` or `--version` when it is the whole command line; nothing otherwise.
 // A starting application passes neither, so every command line it sends keeps its meaning.
