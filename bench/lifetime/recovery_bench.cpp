@@ -101,7 +101,7 @@ int main(int argc, char** argv) {
 
   std::vector<std::string> creates, deletes;
   for (int i = 0; i < windows; ++i) {
-    const std::string id = "w" + std::to_string(i);
+    const std::string id = std::string("w").append(std::to_string(i));
     creates.push_back(R"({"obj_id":")" + id +
                       R"(","cmd":"create","type":"wprogress","style":3,"title":"Backup",)"
                       R"("message":"Copying 1,204 files","progress":0.25,)"

@@ -36,9 +36,9 @@ std::unique_ptr<wProgress> MakeWindow(int i) {
       R"({"style":3,"title":"Backup )" + std::to_string(i) +
       R"(","message":"Copying 1,204 files to the backup disk","progress":0.25,)"
       R"("btn_spec":[{"id":"stop","text":"Stop"},{"id":"pause","text":"Pause"}]})";
-  auto w =
-      std::make_unique<wProgress>("m" + std::to_string(i), JSON::JSONStringToTreeDictionary(json),
-                                  std::make_shared<NoReplies>());
+  auto w = std::make_unique<wProgress>(std::string("m").append(std::to_string(i)),
+                                       JSON::JSONStringToTreeDictionary(json),
+                                       std::make_shared<NoReplies>());
   w->Show();
   return w;
 }

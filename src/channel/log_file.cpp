@@ -60,7 +60,9 @@ void log_file::write(const std::string& message) {
           Str(local.tm_mday, "00") + " " + Str(local.tm_hour, "00") + ":" +
           Str(local.tm_min, "00") + ":" + Str(local.tm_sec, "00") + ":" +
           Str(static_cast<std::int64_t>(now.tv_nsec), "000000000");
-  line += "|" + Str(static_cast<std::int64_t>(get_precise_time())) + "|";
+  line += '|';  // not "|" + Str(...): GCC 12 warns falsely (-Wrestrict) on that at -O3
+  line += Str(static_cast<std::int64_t>(get_precise_time()));
+  line += '|';
   line += indent_;
   line += message;
   stream_->WriteLine(line);

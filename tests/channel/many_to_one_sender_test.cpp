@@ -91,7 +91,7 @@ TEST_F(SenderTest, ChannelFilesArePrivateAndNeitherEndUsesALinkOrAnotherUsersFil
   for (std::size_t i = 0; i < std::size(rows); ++i) {
     const auto& row = rows[i];
     if (row.said.starts_with("another") && ::geteuid() != 0) continue;  // chown needs root
-    const std::string id = "c" + std::to_string(i);
+    const std::string id = std::string("c").append(std::to_string(i));
     row.plant(id);
     auto sock = many_to_one::receiver::make(id, log_file::make_null());
     for (const std::string& what : {Outcome([&] { MakeSender(id)->op()->write("mine"); }),

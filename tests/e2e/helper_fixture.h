@@ -20,9 +20,11 @@ class HelperTest : public TempEnvTest {
  protected:
   Child StartHelper(std::vector<std::string> args, const std::string& stderr_name = "stderr.txt") {
     args.insert(args.begin(), QEM_UTIL_PATH);
-    return Spawn(args, {.stderr_path = (root() / stderr_name).string()});
+    return Spawn(args, {.stdout_path = (root() / "stdout.txt").string(),
+                        .stderr_path = (root() / stderr_name).string()});
   }
   std::string Stderr(const std::string& name = "stderr.txt") { return ReadFile(root() / name); }
+  std::string Stdout() { return ReadFile(root() / "stdout.txt"); }
   // Names of what lies in a folder.
   static std::vector<std::string> Listing(const std::filesystem::path& folder) {
     std::vector<std::string> names;

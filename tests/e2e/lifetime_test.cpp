@@ -19,8 +19,8 @@ namespace {
 using namespace std::chrono_literals;
 using Lifetime = qem_test::HelperTest;
 
-TEST_F(Lifetime, RefusedCommandLinesEndAtOnceWithoutTouchingAnyFileOrDisplay) {
-  // Held, so that only the refusal can end the helper at once; a refusal needs no display: the
+TEST_F(Lifetime, RefusalsAndAnswersEndAtOnceWithoutTouchingAnyFileOrDisplay) {
+  // Held, so that only the command line can end the helper at once; that needs no display: the
   // platform that would need one, with none to be had.
   auto alive = lock_file::make("alive", log_file::make_null());
   qem_test::ScopedEnv platform("QT_QPA_PLATFORM", "xcb"), display("DISPLAY", nullptr),
@@ -30,7 +30,8 @@ TEST_F(Lifetime, RefusedCommandLinesEndAtOnceWithoutTouchingAnyFileOrDisplay) {
     std::vector<std::string> line;
     const char* tmpdir;  // nullptr: the test's own
     int status;
-    std::string said;  // in the one line on stderr; "" for no line at all
+    std::string said;       // in the one line on stderr; "" for no line at all
+    std::string printed{};  // what stdout begins with; "" for nothing on it
   } rows[] = {
       {{}, nullptr, 0, ""},  // a required option missing: nothing to serve
       {{"--stay-alive-key=alive", "--channel=b"}, nullptr, 0, ""},
@@ -39,6 +40,9 @@ TEST_F(Lifetime, RefusedCommandLinesEndAtOnceWithoutTouchingAnyFileOrDisplay) {
       {{"--stay-alive-key=alive", "--channel", "--launch-key=c"}, nullptr, 0, ""},
       {{"--stay-alive-key=alive", "--channel=../up", "--launch-key=l"}, nullptr, 2, "--channel"},
       {ServerArgs(), gone.c_str(), 4, gone},
+      {{"--help"}, nullptr, 0, "", "Usage: qem_util --stay-alive-key=NAME"},
+      {{"--version"}, nullptr, 0, "", "qem_util " QEM_UTIL_VERSION "\n"},
+      {{"--version", "--help"}, nullptr, 0, ""},  // not alone: required options missing
   };
   for (const auto& row : rows) {
     qem_test::ScopedEnv tmpdir("TMPDIR", row.tmpdir ? row.tmpdir : tmp().c_str());
@@ -48,6 +52,9 @@ TEST_F(Lifetime, RefusedCommandLinesEndAtOnceWithoutTouchingAnyFileOrDisplay) {
     EXPECT_EQ(said.empty(), row.said.empty()) << said;
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), row.said.empty() ? 0 : 1) << said;
     EXPECT_NE(said.find(row.said), std::string::npos) << said;
+    const std::string printed = Stdout();
+    EXPECT_EQ(printed.substr(0, row.printed.size()), row.printed) << printed;
+    EXPECT_EQ(printed.empty(), row.printed.empty()) << printed;
   }
   alive.reset();
   EXPECT_TRUE(Listing(tmp()).empty());

@@ -100,7 +100,7 @@ TEST_F(Wake, ManySendersLoseNothingWithOrWithoutWakeUpsAndNeverStallTheThread) {
     Start({.wake_on_write = wake});
     std::map<std::string, std::vector<std::string>> expected;
     for (int k = 0; k < kSenders; ++k) {
-      const std::string id = "w" + std::to_string(k), tag = std::to_string(k);
+      const std::string id = std::string("w").append(std::to_string(k)), tag = std::to_string(k);
       server->process(Create(id, "start"));
       std::string lines;
       for (int i = 0; i < kEach; ++i) {

@@ -36,7 +36,7 @@ XDisplay::XDisplay(const std::filesystem::path& folder, const std::string& scree
                   {.stdout_path = number, .stderr_path = folder / "xvfb.txt"});
   std::string seen;
   if (!WaitUntil([&] { return (seen = ReadFile(number)).find('\n') != seen.npos; }, 60s)) return;
-  name_ = ":" + seen.substr(0, seen.find('\n'));
+  name_ = std::string(":").append(seen, 0, seen.find('\n'));
   environment_.push_back(std::make_unique<ScopedEnv>("QT_QPA_PLATFORM", "xcb"));
   environment_.push_back(std::make_unique<ScopedEnv>("DISPLAY", name_.c_str()));
   environment_.push_back(std::make_unique<ScopedEnv>("DBUS_SESSION_BUS_ADDRESS", "disabled:"));
