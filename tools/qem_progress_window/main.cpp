@@ -1,24 +1,32 @@
 // qem_progress_window: shows one progress window, made from a "create" command, on whatever
 // display Qt finds (QT_QPA_PLATFORM picks one), applies further commands one per second, and
-// prints each button's reply on stdout. For looking at windows by hand and from scripts.
+// prints each button's reply on stdout. For looking at windows by hand and from scripts. With
+// --places it shows nothing and prints where the window's buttons stand, as the layout works
+// them out, so that a script can press them wherever a font or a caption puts them.
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "json/tree_dictionary.h"
+#include "platform/font_metrics_measurer.h"
 #include "platform/run_loop.h"
 #include "platform/text.h"
+#include "progress/progress_layout.h"
 #include "progress/wprogress.h"
 
 namespace {
 
 const char* const kUsage =
     "usage: qem_progress_window [--seconds=N] CREATE_JSON [COMMAND_JSON...]\n"
+    "       qem_progress_window --places CREATE_JSON\n"
     "Shows a progress window made from CREATE_JSON, applies each COMMAND_JSON one second after\n"
     "the one before, prints every reply on stdout, and ends after N seconds (default 30).\n"
+    "--places shows nothing: it prints a line \"ID X Y\" for each button the window shows, left\n"
+    "to right, X and Y its centre in the window's client area.\n"
     "Example: qem_progress_window '{\"style\":3,\"title\":\"Copy\",\"message\":\"Step 1\",'\n"
     "           '\"progress\":0.3,\"btn_spec\":[{\"id\":\"stop\",\"text\":\"Stop\"}]}'\n";
 
@@ -30,11 +38,30 @@ class PrintReplies : public message_forwarder {
   }
 };
 
+// Prints where the buttons of the window made from `create` stand, by the layout's own numbers.
+int PrintPlaces(int argc, char** argv, const std::string& create) {
+  // Text is measured as on any display; nothing is shown, so none is needed.
+  ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  platform::DesktopApplication application(argc, argv);
+  wProgress window("w1", JSON::JSONStringToTreeDictionary(create), nullptr);
+  auto measurer = platform::FontMetricsMeasurer();
+  const auto look = progress_layout::compute(window.state(), window.Width(), *measurer);
+  const auto& entries = window.state().btn_specs;
+  for (std::size_t slot : look.on_screen) {
+    const auto& place = look.buttons[slot].place;
+    std::printf("%s %lld %lld\n", entries[slot]->id.c_str(),
+                static_cast<long long>(place.left + place.width / 2),
+                static_cast<long long>(place.top + place.height / 2));
+  }
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   double seconds = 30;
   std::vector<std::string> commands;
+  if (argc == 3 && std::strcmp(argv[1], "--places") == 0) return PrintPlaces(argc, argv, argv[2]);
   for (int i = 1; i < argc; ++i) {
     if (std::strncmp(argv[i], "--seconds=", 10) == 0) {
       seconds = platform::Val(argv[i] + 10);
