@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <regex>
+#include <sstream>
 
 #include "channel/lock_file.h"
 #include "channel/many_to_one_receiver.h"
@@ -14,71 +14,47 @@
 namespace {
 
 using many_to_one::receiver;
-using platform::FolderItem;
 using ChannelLogTest = qem_test::ChannelTest;
 
 TEST_F(ChannelLogTest, EveryStepWritesItsFixedText) {
   const auto log_path = root() / "steps.log";
-  auto log = std::make_shared<log_file>(FolderItem(log_path));
-  auto sender = std::make_shared<many_to_one::sender>("ch", log);
-  std::shared_ptr<receiver> open;
+  auto log = std::make_shared<log_file>(platform::FolderItem(log_path));
   std::string long_text;
   for (int i = 0; i < 600; ++i) long_text += "\xC3\xA9";  // 600 two-byte characters
   long_text += std::string(500, 'z');
+  lock_file::occupy("named", log);
+  auto sender = std::make_shared<many_to_one::sender>("ch", log);
+  sender->op()->write("short");
+  sender->op()->write(long_text);
+  auto open = receiver::make("ch", log);
+  open->op()->read_all();
+  receiver::is_occupied("ch", log);
+  receiver::await_until_occupied("ch", log);
+  open->close_if_empty();
+
   const std::string entry = EntryLock("ch").string(), data = Data("ch").string(),
-                    attempt = "lock_file.constructor: ", probe = "many_to_one.is_occupied: ",
+                    attempt = "lock_file.constructor: " + ReceiverLock("ch").string(),
+                    probe = "many_to_one.is_occupied: ",
+                    await = "many_to_one.receiver.await_until_occupied: ch",
                     close = "many_to_one.receiver.close_if_empty: ";
+  std::vector<std::string> want = {"Waiting to lock named", "Locked named; took N"};
   // A record in the log: the text with its NUL, cut after 1000 characters, none of them split.
-  auto sending = [&](const std::string& shown) {
-    return std::vector<std::string>{"Waiting to lock " + entry, "Locked " + entry + "; took N",
-                                    "Starting to write data to " + data + ".", "Data: " + shown,
-                                    "Finished writing data to " + data + "."};
-  };
-  const struct {
-    std::string step;
-    std::function<void()> run;
-    std::vector<std::string> lines;
-  } rows[] = {
-      {"one attempt",
-       [&] { lock_file::make(FolderItem(tmp() / "l"), log); },
-       {attempt + (tmp() / "l").string()}},
-      {"occupy by name",
-       [&] { lock_file::occupy("named", log); },
-       {"Waiting to lock named", "Locked named; took N"}},
-      {"send", [&] { sender->op()->write("short"); }, sending(std::string("short\0", 6))},
-      {"send a long text", [&] { sender->op()->write(long_text); },
-       sending(long_text.substr(0, 1200 + 400))},
-      {"open a receiver and read both records",
-       [&] {
-         open = receiver::make("ch", log);
-         open->op()->read_all();
-       },
-       {attempt + ReceiverLock("ch").string()}},
-      {"probe an open receiver",
-       [&] { receiver::is_occupied("ch", log); },
-       {probe + "Checking if occupied: ch", attempt + ReceiverLock("ch").string(),
-        probe + "Is occupied: ch"}},
-      {"await a receiver",
-       [&] { receiver::await_until_occupied("ch", log); },
-       {"many_to_one.receiver.await_until_occupied: ch",
-        "many_to_one.receiver.await_until_occupied: ch took N"}},
-      {"close",
-       [&] { open->close_if_empty(); },
-       {close + "About to relinquish.", close + "receiver_lock relinquished.",
-        close + "close_op relinquished."}},
-  };
-  std::size_t seen = 0;
-  for (const auto& row : rows) {
-    row.run();
-    // The messages: each line without its four leading fields, and each elapsed time as N.
-    std::string text = qem_test::ReadFile(log_path);
-    text = std::regex_replace(text, std::regex("[^|\n]*\\|[^|\n]*\\|[^|\n]*\\|0\\|"), "");
-    text = std::regex_replace(text, std::regex("took \\d+"), "took N");
-    std::string want;
-    for (const auto& line : row.lines) want += line + "\n";
-    EXPECT_EQ(text.substr(seen), want) << row.step;
-    seen = text.size();
+  for (const std::string& shown : {std::string("short\0", 6), long_text.substr(0, 1200 + 400)}) {
+    want.insert(want.end(), {"Waiting to lock " + entry, "Locked " + entry + "; took N",
+                             "Starting to write data to " + data + ".", "Data: " + shown,
+                             "Finished writing data to " + data + "."});
   }
+  want.insert(want.end(),
+              {attempt, probe + "Checking if occupied: ch", attempt, probe + "Is occupied: ch",
+               await, await + " took N", close + "About to relinquish.",
+               close + "receiver_lock relinquished.", close + "close_op relinquished."});
+  // The messages: each line without its four leading fields, and each elapsed time as N.
+  std::string text = qem_test::ReadFile(log_path);
+  text = std::regex_replace(text, std::regex("[^|\n]*\\|[^|\n]*\\|[^|\n]*\\|0\\|"), "");
+  std::istringstream messages(std::regex_replace(text, std::regex("took \\d+"), "took N"));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(messages, line);) lines.push_back(line);
+  EXPECT_EQ(lines, want);
 }
 
 }  // namespace

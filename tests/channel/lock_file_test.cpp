@@ -43,25 +43,21 @@ TEST_F(LockFileTest, HeldLockShutsOutEveryOtherAttemptAndReleaseRemovesItsFile) 
 }
 
 TEST_F(LockFileTest, AttemptsThatCanNeverSucceedGiveNilAndTheWaitsThrowAtOnce) {
-  // Tests run with every permission, so "never" is made by a missing folder and by a parent
-  // that is a regular file.
-  qem_test::WriteFile(root() / "plain", "x");
-  for (auto path : {root() / "missing" / "l", root() / "plain" / "l"}) {
-    SCOPED_TRACE(path.string());
-    FolderItem file(path);
-    std::shared_ptr<lock_file> lock;
-    EXPECT_NO_THROW(lock = lock_file::make(file, log_file::make_null()));
-    EXPECT_EQ(lock, nullptr);
-    EXPECT_FALSE(lock_file::is_contention(lock_file(file, log_file::make_null()).error_number()));
-    try {
-      lock_file::occupy(file, log_file::make_null());
-      ADD_FAILURE() << "occupy returned";
-    } catch (const platform::IOException& e) {
-      EXPECT_NE(std::string(e.what()).find(path.string()), std::string::npos) << e.what();
-    }
-    EXPECT_THROW(lock_file::await_occupied_by_other(file, log_file::make_null()),
-                 platform::IOException);
+  // Tests run with every permission, so "never" is made by a missing folder.
+  const auto path = root() / "missing" / "l";
+  FolderItem file(path);
+  std::shared_ptr<lock_file> lock;
+  EXPECT_NO_THROW(lock = lock_file::make(file, log_file::make_null()));
+  EXPECT_EQ(lock, nullptr);
+  EXPECT_FALSE(lock_file::is_contention(lock_file(file, log_file::make_null()).error_number()));
+  try {
+    lock_file::occupy(file, log_file::make_null());
+    ADD_FAILURE() << "occupy returned";
+  } catch (const platform::IOException& e) {
+    EXPECT_NE(std::string(e.what()).find(path.string()), std::string::npos) << e.what();
   }
+  EXPECT_THROW(lock_file::await_occupied_by_other(file, log_file::make_null()),
+               platform::IOException);
   EXPECT_FALSE(std::filesystem::exists(root() / "missing"));
   // The name forms in a temporary folder that is gone: nil again, never an exception.
   ::setenv("TMPDIR", (root() / "gone").c_str(), 1);
