@@ -8,7 +8,6 @@
 #include <fstream>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "channel/lock_file.h"
 #include "support/temp_env.h"
@@ -39,14 +38,6 @@ class ClientTest : public TempEnvTest {
       }
     }
     return sum;
-  }
-  // Names of what lies in a folder.
-  static std::vector<std::string> Listing(const std::filesystem::path& folder) {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-      names.push_back(entry.path().filename().string());
-    }
-    return names;
   }
 };
 

@@ -36,14 +36,10 @@ TEST(Command, EachKindHasItsExactText) {
                               .buttons = Buttons{{"stop", "Stop"}}}),
        R"({"obj_id":"p1","cmd":"create","type":"wprogress","title":"Copying","style":3,)"
        R"("message":"Step 1","progress":0.25,"btn_spec":[{"id":"stop","text":"Stop"}]})"},
-      {"set of one key", command::set("p1", {.progress = 0.5}),
-       R"({"obj_id":"p1","cmd":"set","progress":0.5})"},
       {"push of two buttons",
        command::push("p1", {.style = 1, .buttons = Buttons{{"y", "Yes"}, {"n", "No"}}}),
        R"({"obj_id":"p1","cmd":"push","style":1,)"
        R"("btn_spec":[{"id":"y","text":"Yes"},{"id":"n","text":"No"}]})"},
-      {"no buttons at all", command::set("p1", {.buttons = Buttons{}}),
-       R"({"obj_id":"p1","cmd":"set","btn_spec":[]})"},
       {"delete", command::remove("p1"), R"({"obj_id":"p1","cmd":"delete"})"},
       // Escaped as the helper's reader takes them back: a raw NUL would split the record, a raw
       // control character is no JSON. A number is the shortest text that reads back as it.

@@ -51,10 +51,8 @@ TEST(Script, PausesWaitsAndLinesWithoutAStep) {
   } cases[] = {
       {"", step::kind::nothing, {}, nullptr},
       {"   # a comment", step::kind::nothing, {}, nullptr},
-      {"sleep 0.5", step::kind::sleep, 0.5, nullptr},
       {"sleep +2e-1", step::kind::sleep, 0.2, nullptr},
       {"wait", step::kind::wait, {}, nullptr},
-      {"wait p1", step::kind::wait, {}, "p1"},
       {"wait p1 timeout=2.5", step::kind::wait, 2.5, "p1"},
       {"wait timeout=0", step::kind::wait, 0, nullptr},
   };

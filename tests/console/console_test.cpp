@@ -4,12 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QPixmap>
 #include <QTimer>
 #include <QtTest/QTest>
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <set>
@@ -75,13 +73,6 @@ TEST_F(Console, TheBoxHoldsTheStayAliveLockWhileCheckedAndNeverAnotherHolders) {
   EXPECT_FALSE(Occupied("alive"));
   ClickLockBox();
   EXPECT_TRUE(Occupied("alive")) << "the box takes the lock again once it is free";
-
-  // The window in use, for the README when $QEM_SCREENSHOT_DIR is set.
-  if (const char* dir = std::getenv("QEM_SCREENSHOT_DIR")) {
-    console->tfchannel().Text("cmd");
-    console->TextArea1().Text(R"({"obj_id":"p1","cmd":"create","type":"wprogress","style":3})");
-    console->Frame()->grab().save(QString::fromStdString(std::string(dir) + "/console.png"));
-  }
 }
 
 // Names are refused where they become paths; here one row of each field shows that the console
