@@ -2,17 +2,15 @@
 // reported by its number while the rest goes on, and the helper ended at the end of input or on
 // a signal.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "channel/many_to_one_sender.h"
@@ -28,32 +26,27 @@ using qem_test::WaitUntil;
 
 class QemCtl : public qem_test::ClientTest {
  protected:
-  void TearDown() override {
-    if (writer_ >= 0) ::close(writer_);
-    ClientTest::TearDown();
-  }
   // Starts qem_ctl with the arguments; its standard input is /dev/null, or a FIFO that Feed()
   // writes to and EndInput() closes.
   Child Start(std::vector<std::string> args, bool fed = false) {
     const auto fifo = root() / "in.fifo";
-    if (fed && ::mkfifo(fifo.c_str(), 0600) != 0) ADD_FAILURE() << "no FIFO";
+    if (fed) ::mkfifo(fifo.c_str(), 0600);
     args.insert(args.begin(), QEM_CTL_PATH);
     Child ctl = qem_test::Spawn(args, {.stdin_path = fed ? fifo.string() : "",
                                        .stdout_path = (root() / "out.txt").string(),
                                        .stderr_path = (root() / "err.txt").string()});
-    if (fed && (writer_ = ::open(fifo.c_str(), O_WRONLY)) < 0) ADD_FAILURE() << "FIFO not open";
+    if (fed) input_.open(fifo);  // once qem_ctl has opened its end
+    EXPECT_EQ(input_.is_open(), fed);
     return ctl;
   }
-  void Feed(const std::string& lines) {
-    EXPECT_EQ(::write(writer_, lines.data(), lines.size()), static_cast<ssize_t>(lines.size()));
-  }
-  void EndInput() { ::close(std::exchange(writer_, -1)); }
+  void Feed(const std::string& lines) { EXPECT_TRUE(input_ << lines << std::flush); }
+  void EndInput() { input_.close(); }
   std::string Out() { return ReadFile(root() / "out.txt"); }
   std::string Err() { return ReadFile(root() / "err.txt"); }
   static long Lines(const std::string& text) { return std::count(text.begin(), text.end(), '\n'); }
 
  private:
-  int writer_ = -1;
+  std::ofstream input_;
 };
 
 TEST_F(QemCtl, LinesAreSentRepliesPrintedAWaitHoldsTheNextLineBackAndBadLinesAreCounted) {
