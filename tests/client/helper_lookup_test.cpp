@@ -1,5 +1,5 @@
 // Where a session finds the helper when it is given no path: the order of the places, what a
-// wrong setting gives, and the places of this very process.
+// wrong setting gives.
 
 #include "client/helper_lookup.h"
 
@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <string>
 
-#include "support/scoped_env.h"
 #include "support/temp_env.h"
 
 namespace {
@@ -16,7 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 using qem_client::find_helper;
 using qem_client::helper_places;
-using qem_test::ScopedEnv;
 
 class HelperLookup : public qem_test::TempEnvTest {
  protected:
@@ -59,14 +57,6 @@ TEST_F(HelperLookup, NotFoundNamesEveryPlaceOnOneLine) {
     EXPECT_NE(said.find(place), std::string::npos) << said;
   }
   EXPECT_EQ(said.find('\n'), std::string::npos) << said;
-}
-
-TEST_F(HelperLookup, ThisProcessGivesItsFolderTheVariableAndAnAbsoluteBinFolder) {
-  ScopedEnv named("QEM_UTIL_HELPER", "/somewhere/qem_util");
-  const helper_places places = helper_places::of_this_process();
-  EXPECT_TRUE(fs::is_regular_file(fs::path(places.beside) / "client_test")) << places.beside;
-  EXPECT_EQ(places.named, "/somewhere/qem_util");
-  EXPECT_TRUE(fs::path(places.installed).is_absolute()) << places.installed;
 }
 
 }  // namespace
