@@ -37,12 +37,13 @@
 #include <thread>
 #include <vector>
 
-#include "app/qem_util.h"
+#include "app/window_maker.h"
 #include "channel/lock_file.h"
 #include "channel/log_file.h"
 #include "channel/many_to_one_sender.h"
 #include "platform/clock.h"
 #include "platform/run_loop.h"
+#include "server/qem_util.h"
 #include "support/private_folders.h"
 
 extern char** environ;
@@ -185,7 +186,7 @@ void Burst(TitleWatch& watch, int senders, int per_sender, Heartbeat* heartbeat)
 void Measure(bool wake, int samples, int burst) {
   qem_util::pacing pace;
   pace.wake_on_write = wake;
-  auto server = std::make_unique<qem_util>("alive", kChannel, "", "up", pace);
+  auto server = std::make_unique<qem_util>("alive", kChannel, "", "up", make_progress_window, pace);
   for (int tag = 0; tag < 8; ++tag) {
     server->process(
         R"({"obj_id":"w)" + std::to_string(tag) +

@@ -8,6 +8,7 @@
 #include "app/folder_check.h"
 #include "app/main_menu_bar.h"
 #include "app/misc.h"
+#include "app/window_maker.h"
 #include "channel/names.h"
 #include "platform/text.h"
 
@@ -65,6 +66,6 @@ void App::Event_Opening() {
   pace.wake_on_write = !(wake && std::string(wake) == "0");
   util = std::make_unique<qem_util>(misc::cmd_line("stay-alive-key"), misc::cmd_line("channel"),
                                     misc::cmd_line("reply-channel"), misc::cmd_line("launch-key"),
-                                    pace);
+                                    make_progress_window, pace);
   AllowAutoQuit(false);
 }

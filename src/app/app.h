@@ -6,9 +6,9 @@
 #include <memory>
 #include <optional>
 
-#include "app/qem_util.h"
 #include "console/qem_util_test.h"
 #include "platform/run_loop.h"
+#include "server/qem_util.h"
 
 class App : public platform::DesktopApplication {
  public:

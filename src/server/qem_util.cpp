@@ -1,4 +1,4 @@
-#include "app/qem_util.h"
+#include "server/qem_util.h"
 
 #include <utility>
 
@@ -15,8 +15,9 @@ constexpr int kGiveBackMilliseconds = 250;
 }  // namespace
 
 qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::string reply_channel_,
-                   std::string launch_key_, pacing pace)
+                   std::string launch_key_, window_maker make_window, pacing pace)
     : reply_channel(std::move(reply_channel_)),
+      make_window_(std::move(make_window)),
       launch_key(std::move(launch_key_)),
       stay_alive_key(std::move(stay_alive_key_)),
       channel(std::move(channel_)) {
@@ -44,9 +45,9 @@ qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::strin
 }
 
 qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::string reply_channel_,
-                   std::string launch_key_)
+                   std::string launch_key_, window_maker make_window)
     : qem_util(std::move(stay_alive_key_), std::move(channel_), std::move(reply_channel_),
-               std::move(launch_key_), pacing{}) {}
+               std::move(launch_key_), std::move(make_window), pacing{}) {}
 
 qem_util::~qem_util() = default;
 

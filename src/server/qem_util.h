@@ -2,12 +2,13 @@
 // qem_util: the command server. Its lifetime half (qem_util.cpp): the polling timer, the launch
 // lock it takes to tell the starting application that it is up, and the watch on the stay-alive
 // lock that the starting application holds for as long as it wants the helper. Its message half
-// (server/qem_util_messages.cpp): the receiving end of the command channel, the wake-up when a
-// sender writes to it, the table of live objects, and the dispatch of each message to them. Main
-// thread only.
+// (qem_util_messages.cpp): the receiving end of the command channel, the wake-up when a sender
+// writes to it, the table of live objects, and the dispatch of each message to them. It knows a
+// window only as a commandable that the maker it is given makes. Main thread only.
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -15,15 +16,24 @@
 
 #include "channel/lock_file.h"
 #include "channel/many_to_one_receiver.h"
+#include "platform/dictionary.h"
 #include "platform/folder_watcher.h"
 #include "platform/run_loop.h"
 #include "platform/text.h"
 #include "server/commandable.h"
+#include "server/message_forwarder.h"
 
 class qem_util {
  public:
   // The object table: obj_id to object. Keys compare as dictionary keys do (ASCII case ignored).
   using object_table = std::map<std::string, std::shared_ptr<commandable>, platform::LessPlain>;
+
+  // Makes the object for a "create" of type "wprogress", shows it and gives it, from the obj_id,
+  // the whole message and the forwarder of its replies, which the object keeps. Nil: nothing is
+  // made.
+  using window_maker = std::function<std::shared_ptr<commandable>(
+      const std::string& obj_id, const std::shared_ptr<platform::Dictionary>& message,
+      std::shared_ptr<message_forwarder> replies)>;
 
   // The exit statuses of a server that can't serve.
   static constexpr int kReceiverTaken = 3;
@@ -43,17 +53,17 @@ class qem_util {
     std::uint64_t woken = 0;
   };
 
-  // Stores the names, opens the receiving end of `channel` and purges what an earlier run left
-  // in it (which also makes the channel's folder), starts watching its data file and starts the
-  // repeating tick; the first tick comes as soon as the run loop is free. Blocks only while
-  // another process holds the channel's entry lock for the purge. When another process is the
+  // Stores the names and the maker, opens the receiving end of `channel` and purges what an earlier
+  // run left in it (which also makes the channel's folder), starts watching its data file and
+  // starts the repeating tick; the first tick comes as soon as the run loop is free. Blocks only
+  // while another process holds the channel's entry lock for the purge. When another process is the
   // channel's receiver (tried again for up to 250 ms, because a prober holds a free receiver lock
   // for a moment), or the channel can't be used at all: one line on stderr, Quit with
   // kReceiverTaken or kChannelUnusable, and no timer, so the launch lock is never taken.
   qem_util(std::string stay_alive_key, std::string channel, std::string reply_channel,
-           std::string launch_key, pacing pace);
+           std::string launch_key, window_maker make_window, pacing pace);
   qem_util(std::string stay_alive_key, std::string channel, std::string reply_channel,
-           std::string launch_key);
+           std::string launch_key, window_maker make_window);
   virtual ~qem_util();
   qem_util(const qem_util&) = delete;
   qem_util& operator=(const qem_util&) = delete;
@@ -125,6 +135,7 @@ class qem_util {
   // Hands freed memory back to the system a moment after windows were deleted, once for many.
   std::unique_ptr<platform::Timer> give_back_;
   std::unique_ptr<platform::FolderWatcher> watcher_;
+  window_maker make_window_;
   // The pause before a woken step tries a busy channel again; 0 while it is not busy.
   int retry_ms_ = 0;
   // Set while senders write faster than wake-ups take their messages (see wake).
