@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "app/folder_check.h"
@@ -58,14 +57,8 @@ void App::Event_Opening() {
     AllowAutoQuit(false);
     return;
   }
-  // QEM_UTIL_WAKE_ON_WRITE=0 leaves the tick alone to find commands, so that benchmarks can set
-  // a live helper's latency beside what the wake-up gives. It changes only how soon commands
-  // land, never what the helper does; no option of the command line is spent on it.
-  qem_util::pacing pace;
-  const char* wake = std::getenv("QEM_UTIL_WAKE_ON_WRITE");
-  pace.wake_on_write = !(wake && std::string(wake) == "0");
   util = std::make_unique<qem_util>(misc::cmd_line("stay-alive-key"), misc::cmd_line("channel"),
                                     misc::cmd_line("reply-channel"), misc::cmd_line("launch-key"),
-                                    make_progress_window, pace);
+                                    make_progress_window);
   AllowAutoQuit(false);
 }

@@ -146,6 +146,8 @@ void qem_util::woken() {
   if (found != kBusy) {
     retry_ms_ = 0;
     streaming_ = found > 1;
+    // A stream is read by the short tick.
+    set_pace();
     return;
   }
   // The write was told before its sender let go of the entry lock, and the letting go is not
