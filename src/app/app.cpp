@@ -19,6 +19,11 @@ App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {
 
 App::~App() = default;
 
+void App::End() {
+  util.reset();
+  util_test.reset();
+}
+
 App& app() {
   return *static_cast<App*>(platform::DesktopApplication::Instance());
 }

@@ -29,6 +29,10 @@ class App : public platform::DesktopApplication {
   // from its timer.
   void Event_Opening() override;
 
+  // What other processes can see of this one ends: the server, or the console, goes with its
+  // windows and its locks, whose files are removed. The run loop must have returned.
+  void End();
+
  private:
   std::unique_ptr<qem_util> util;
   std::unique_ptr<qem_util_test> util_test;
