@@ -30,11 +30,7 @@ qem_util::qem_util(std::string stay_alive_key_, std::string channel_, std::strin
     wake_ = std::make_unique<platform::Timer>();
     wake_->AddActionHandler([this](platform::Timer&) { woken(); });
     watcher_ = std::make_unique<platform::FolderWatcher>();
-    watcher_->AddChangedHandler([this](platform::FolderWatcher&) {
-      wake();
-      // A folder that went away is watched no more: the short tick looks until it is back.
-      set_pace();
-    });
+    watcher_->AddChangedHandler([this](platform::FolderWatcher&) { wake(); });
     watcher_->Watch(sock->channel_folder(), "data");
   }
   if (pace_.watch_stay_alive) {

@@ -146,7 +146,8 @@ void qem_util::woken() {
   if (found != kBusy) {
     retry_ms_ = 0;
     streaming_ = found > 1;
-    // A stream is read by the short tick.
+    // A stream is read by the short tick, and so is a channel folder that went away until it
+    // is watched again.
     set_pace();
     return;
   }
