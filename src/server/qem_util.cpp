@@ -110,8 +110,10 @@ void qem_util::stay_alive_seen(platform::LockWatch::Seen seen) {
 
 void qem_util::set_pace() {
   if (!timer_) return;
+  // Messages taken and not yet handled, and a stream, are for the short tick: no watch tells
+  // of them again.
   const bool watched = launched_signal && watcher_ && watcher_->Watching() && stay_alive_watch_ &&
-                       stay_alive_watch_->Waiting() && !streaming_;
+                       stay_alive_watch_->Waiting() && !streaming_ && taken.empty();
   const int period = watched ? pace_.safety_net_ms : pace_.tick_ms;
   if (timer_->Period() != period) timer_->Period(period);
 }

@@ -95,7 +95,8 @@ class qem_util {
   // still carry their names: a lock whose file was deleted (a cleaner of the folder) is taken
   // again under its name, so the helper stays visibly up and the one receiver of its channel.
   // Last, the tick sets its own period: the safety net once the launch lock is held and both
-  // watches are armed and no stream is being read, the short period otherwise.
+  // watches are armed, no stream is being read and no message taken waits; the short period
+  // otherwise.
   void poll();
   // The tick's period now, in milliseconds.
   int tick_period() const { return timer_ ? timer_->Period() : 0; }
