@@ -26,6 +26,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
@@ -173,24 +174,35 @@ long StatusNumber(const fs::path& status, const std::string& key) {
   return 0;
 }
 
-// Context switches of all the threads of a process: each is the thread going to sleep, or
-// being put aside, after a wakeup.
-long ContextSwitches(pid_t pid) {
-  long switches = 0;
+// Context switches of each thread of a process, by thread id: each is the thread going to
+// sleep, or being put aside, after a wakeup.
+std::map<std::string, long> ContextSwitches(pid_t pid) {
+  std::map<std::string, long> switches;
   for (const auto& task : fs::directory_iterator("/proc/" + std::to_string(pid) + "/task")) {
-    switches += StatusNumber(task.path() / "status", "voluntary_ctxt_switches:") +
-                StatusNumber(task.path() / "status", "nonvoluntary_ctxt_switches:");
+    switches[task.path().filename().string()] =
+        StatusNumber(task.path() / "status", "voluntary_ctxt_switches:") +
+        StatusNumber(task.path() / "status", "nonvoluntary_ctxt_switches:");
   }
   return switches;
 }
 
 void Idle(pid_t pid, int seconds, const char* what) {
-  const long switches = ContextSwitches(pid);
+  // Looked at once a second, so that a thread that ends on the way (a pool's idle worker)
+  // counts for what it did until then, and one that starts counts from nothing.
+  const std::map<std::string, long> first = ContextSwitches(pid);
+  std::map<std::string, long> last = first;
   const double cpu = CpuNanoseconds(pid);
   const auto begin = Clock::now();
-  std::this_thread::sleep_for(std::chrono::seconds(seconds));
+  for (int second = 0; second < seconds; ++second) {
+    std::this_thread::sleep_for(1s);
+    for (const auto& [thread, count] : ContextSwitches(pid)) last[thread] = count;
+  }
   const double elapsed = Milliseconds(begin) / 1000.0;
-  const double wakeups = static_cast<double>(ContextSwitches(pid) - switches) / elapsed;
+  long switches = 0;
+  for (const auto& [thread, count] : last) {
+    switches += count - (first.count(thread) ? first.at(thread) : 0);
+  }
+  const double wakeups = static_cast<double>(switches) / elapsed;
   const double share = (CpuNanoseconds(pid) - cpu) / 1e9 / elapsed * 100.0;
   std::printf(
       "idle helper, %-26s %.2f wakeups/s [goal: at most 1], %.3f%% of a core [goal: at most "
