@@ -2,12 +2,12 @@
 
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "app/folder_check.h"
 #include "app/main_menu_bar.h"
 #include "app/misc.h"
+#include "app/window_maker.h"
 #include "channel/names.h"
 #include "platform/text.h"
 
@@ -18,6 +18,11 @@ App::App(int& argc, char** argv) : platform::DesktopApplication(argc, argv) {
 }
 
 App::~App() = default;
+
+void App::End() {
+  util.reset();
+  util_test.reset();
+}
 
 App& app() {
   return *static_cast<App*>(platform::DesktopApplication::Instance());
@@ -57,14 +62,8 @@ void App::Event_Opening() {
     AllowAutoQuit(false);
     return;
   }
-  // QEM_UTIL_WAKE_ON_WRITE=0 leaves the tick alone to find commands, so that benchmarks can set
-  // a live helper's latency beside what the wake-up gives. It changes only how soon commands
-  // land, never what the helper does; no option of the command line is spent on it.
-  qem_util::pacing pace;
-  const char* wake = std::getenv("QEM_UTIL_WAKE_ON_WRITE");
-  pace.wake_on_write = !(wake && std::string(wake) == "0");
   util = std::make_unique<qem_util>(misc::cmd_line("stay-alive-key"), misc::cmd_line("channel"),
                                     misc::cmd_line("reply-channel"), misc::cmd_line("launch-key"),
-                                    pace);
+                                    make_progress_window);
   AllowAutoQuit(false);
 }

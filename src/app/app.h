@@ -6,9 +6,9 @@
 #include <memory>
 #include <optional>
 
-#include "app/qem_util.h"
 #include "console/qem_util_test.h"
 #include "platform/run_loop.h"
+#include "server/qem_util.h"
 
 class App : public platform::DesktopApplication {
  public:
@@ -28,6 +28,10 @@ class App : public platform::DesktopApplication {
   // closed. Server mode, with options that refusal() let through: the server is made and runs
   // from its timer.
   void Event_Opening() override;
+
+  // What other processes can see of this one ends: the server, or the console, goes with its
+  // windows and its locks, whose files are removed. The run loop must have returned.
+  void End();
 
  private:
   std::unique_ptr<qem_util> util;

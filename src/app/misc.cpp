@@ -47,8 +47,4 @@ std::string cmd_line(std::string_view key) {
   return cache.Lookup(key, platform::Variant(std::string())).StringValue();
 }
 
-std::int32_t my_process_id() {
-  return platform::my_process_id();
-}
-
 }  // namespace misc

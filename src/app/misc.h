@@ -1,7 +1,6 @@
 #pragma once
-// The program's one reader of command-line options, and its process id.
+// The program's one reader of command-line options.
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,8 +17,5 @@ std::string cmd_line(std::string_view key);
 // The scan behind cmd_line, over a given command line, without the cache: the value of the
 // last matching piece, "" for a piece with no "=", and nullopt when no piece matches.
 std::optional<std::string> option_value(std::string_view command_line, std::string_view key);
-
-// The id of the running process (the platform's, which the log below the application uses).
-std::int32_t my_process_id();
 
 }  // namespace misc

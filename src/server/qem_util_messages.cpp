@@ -7,15 +7,14 @@
 #include <utility>
 #include <vector>
 
-#include "app/qem_util.h"
 #include "channel/log_file.h"
 #include "json/tree_dictionary.h"
 #include "platform/clock.h"
 #include "platform/exceptions.h"
 #include "platform/run_loop.h"
 #include "platform/text.h"
-#include "progress/wprogress.h"
 #include "server/message_forwarder_many_to_one.h"
+#include "server/qem_util.h"
 
 namespace {
 
@@ -147,6 +146,9 @@ void qem_util::woken() {
   if (found != kBusy) {
     retry_ms_ = 0;
     streaming_ = found > 1;
+    // A stream is read by the short tick, and so is a channel folder that went away until it
+    // is watched again.
+    set_pace();
     return;
   }
   // The write was told before its sender let go of the entry lock, and the letting go is not
@@ -169,12 +171,16 @@ void qem_util::process(const std::string& msg) {
             "\" refused: an obj_id holding a NUL can't be named in a reply");
         return;
       }
-      auto window = std::make_shared<wProgress>(
-          obj_id, d, std::make_shared<message_forwarder_many_to_one>(reply_channel));
-      window->Show();
-      // The older window stays open; no message can reach it any more.
-      if (current) displaced.push_back(std::move(current));
-      current = std::move(window);
+      auto window =
+          make_window_
+              ? make_window_(obj_id, d,
+                             std::make_shared<message_forwarder_many_to_one>(reply_channel))
+              : nullptr;
+      if (window) {
+        // The older window stays open; no message can reach it any more.
+        if (current) displaced.push_back(std::move(current));
+        current = std::move(window);
+      }
     }
     if (current) objs[obj_id] = current;
   } else if (platform::EqualsPlain(command, "delete")) {

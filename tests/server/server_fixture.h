@@ -13,9 +13,10 @@
 #include <thread>
 #include <vector>
 
-#include "app/qem_util.h"
+#include "app/window_maker.h"
 #include "channel/many_to_one_sender.h"
 #include "progress/wprogress.h"
+#include "server/qem_util.h"
 #include "support/process.h"
 #include "support/temp_env.h"
 
@@ -42,7 +43,7 @@ class ServerTest : public TempEnvTest {
     TempEnvTest::TearDown();
   }
   void Start(qem_util::pacing pace = {}) {
-    server = std::make_unique<qem_util>("alive", "cmd", "rep", "up", pace);
+    server = std::make_unique<qem_util>("alive", "cmd", "rep", "up", make_progress_window, pace);
   }
 
   // Into the command channel from this process, in one critical section.

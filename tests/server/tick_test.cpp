@@ -1,7 +1,8 @@
 // The server's tick against a real channel: what sender processes write reaches the windows in
 // order, many messages a tick but no more than a tick's time; a busy channel never blocks the
 // tick; a channel that can't be read is said once, not every tick; the first tick comes at once,
-// and a prober's moment on the receiver lock is waited out.
+// and a prober's moment on the receiver lock is waited out; the tick slows to a safety net only
+// while the watches can be relied on.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -71,6 +73,7 @@ TEST_F(ServerTest, ATickHandlesWhatWaitsInOrderUntilItsTimeIsUsed) {
     int now = std::stoi(TitleOf("p1"));
     ASSERT_GT(now, last) << "a tick handled nothing, or went back";
     ASSERT_TRUE(tick > 0 || now < kSets) << "one tick handled every message";
+    ASSERT_TRUE(now == kSets || server->tick_period() == 25) << "the rest left to the safety net";
     last = now;
   }
   EXPECT_EQ(last, kSets);
@@ -119,6 +122,39 @@ TEST_F(ServerTest, TheFirstTickComesAtOnceAndAProberIsWaitedOut) {
   let_go.join();
   QCoreApplication::processEvents();
   EXPECT_TRUE(Occupied("up")) << "no server, or its launch lock waits for a period";
+  // Held from then on, tick after tick.
+  for (int tick = 0; tick < 2; ++tick) {
+    server->poll();
+    EXPECT_TRUE(Occupied("up")) << tick;
+  }
+}
+
+TEST_F(ServerTest, TheTickIsASafetyNetOnlyOnceTheHelperIsUpAndBothWatchesAreArmed) {
+  const qem_util::pacing serving;
+  std::shared_ptr<lock_file> held_launch_lock;
+  const struct {
+    const char* name;
+    std::function<void()> setup;
+    int period;
+  } rows[] = {
+      {"both watches armed", nullptr, serving.safety_net_ms},
+      {"the launch lock held by another, so not up",
+       [&] { held_launch_lock = lock_file::make("up", log_file::make_null()); }, serving.tick_ms},
+      {"the stay-alive lock's file can't be waited on",
+       [&] {
+         alive.reset();
+         std::filesystem::create_symlink(root(), tmp() / "alive");
+       },
+       serving.tick_ms},
+  };
+  for (const auto& row : rows) {
+    if (row.setup) row.setup();
+    Start();
+    ASSERT_TRUE(RunUntil([&] { return server->steps().ticks > 0; })) << row.name;
+    EXPECT_TRUE(RunUntil([&] { return server->tick_period() == row.period; })) << row.name;
+    server.reset();
+    held_launch_lock.reset();
+  }
 }
 
 }  // namespace

@@ -22,7 +22,10 @@ using namespace std::chrono_literals;
 using qem_test::Create;
 using qem_test::Set;
 
+// Ticks come when the test calls poll: the first comes at once, the others in an hour, or two
+// once the tick is only the safety net.
 constexpr int kHour = 3'600'000;
+constexpr qem_util::pacing kByHand{.tick_ms = kHour, .safety_net_ms = 2 * kHour};
 
 // Every title that a window was given, in the order given, by the text before its ':'.
 struct TitleLog : QObject {
@@ -45,7 +48,7 @@ double ThreadCpuMs() {
 using Wake = qem_test::ServerTest;
 
 TEST_F(Wake, WokenStepsAloneBringEachMessageButNeverInsideTheCaller) {
-  Start({.tick_ms = kHour});
+  Start(kByHand);
   ASSERT_TRUE(RunUntil([&] { return server->steps().ticks == 1; }));  // the first tick, at once
   Put({Create("p1", "A")});
   server->wake();
@@ -67,12 +70,13 @@ TEST_F(Wake, WokenStepsAloneBringEachMessageButNeverInsideTheCaller) {
 }
 
 TEST_F(Wake, TheTickTakesOverAStreamAndAFolderMadeAnewAndHandsBack) {
-  Start({.tick_ms = kHour});
+  Start(kByHand);
   ASSERT_TRUE(RunUntil([&] { return server->steps().ticks == 1; }));
   server->process(Create("p1", "A"));
   // Two messages in one step: a stream, left to the tick until it finds the channel empty.
   Put({Set("p1", "B"), Set("p1", "C")});
   ASSERT_TRUE(RunUntil([&] { return TitleOf("p1") == "C"; }));
+  EXPECT_EQ(server->tick_period(), kHour) << "a stream read by the safety net";
   Put({Set("p1", "D")});
   EXPECT_FALSE(RunUntil([&] { return TitleOf("p1") == "D"; }, 200ms)) << "woken during a stream";
   server->poll();
@@ -81,14 +85,14 @@ TEST_F(Wake, TheTickTakesOverAStreamAndAFolderMadeAnewAndHandsBack) {
   Put({Set("p1", "E")});
   EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "E"; })) << "not handed back";
 
-  // The folder goes (told as a change too): the tick that reads what its sender made anew
-  // watches it again.
-  const auto woken = server->steps().woken;
+  // The folder goes (told as a change too): the short tick looks until it is back; the tick that
+  // reads what its sender made anew watches it again, and the safety net takes over.
   std::filesystem::remove(Data().parent_path());
-  ASSERT_TRUE(RunUntil([&] { return server->steps().woken > woken; }));
+  ASSERT_TRUE(RunUntil([&] { return server->tick_period() == kHour; })) << "gone, not seen";
   SendFromProcess({Set("p1", "F")});
   server->poll();
   EXPECT_EQ(TitleOf("p1"), "F");
+  EXPECT_EQ(server->tick_period(), 2 * kHour);
   Put({Set("p1", "G")});
   EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "G"; })) << "the folder is not watched";
 }
@@ -97,7 +101,7 @@ TEST_F(Wake, ManySendersLoseNothingWithOrWithoutWakeUpsAndNeverStallTheThread) {
   constexpr int kSenders = 8, kEach = 40;
   for (const bool wake : {true, false}) {
     SCOPED_TRACE(wake ? "woken" : "tick alone");
-    Start({.wake_on_write = wake});
+    Start({.watch_channel = wake});
     std::map<std::string, std::vector<std::string>> expected;
     for (int k = 0; k < kSenders; ++k) {
       const std::string id = std::string("w").append(std::to_string(k)), tag = std::to_string(k);

@@ -3,10 +3,13 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
+#include <string>
 #include <thread>
 
 namespace qem_test {
@@ -84,6 +87,22 @@ Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options) {
     ::_exit(127);
   }
   return Child(pid);
+}
+
+bool WaitsForLock(pid_t pid, const std::filesystem::path& file) {
+  struct stat st;
+  if (::stat(file.c_str(), &st) != 0) return false;
+  // A waiter's line: "<n>: -> FLOCK  ADVISORY  WRITE <pid> <major>:<minor>:<inode> 0 EOF".
+  const std::string waiter = " " + std::to_string(pid) + " ";
+  const std::string inode = ":" + std::to_string(st.st_ino) + " ";
+  std::ifstream locks("/proc/locks");
+  for (std::string line; std::getline(locks, line);) {
+    if (line.find("-> FLOCK") != std::string::npos && line.find(waiter) != std::string::npos &&
+        line.find(inode) != std::string::npos) {
+      return true;
+    }
+  }
+  return false;
 }
 
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {

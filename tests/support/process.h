@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -43,6 +44,10 @@ class Child {
 
 // Starts argv[0] (a path) with the arguments. Aborts the test binary if fork fails.
 Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options = {});
+
+// True while process `pid` waits to take the flock of `file`, as the kernel lists it in
+// /proc/locks; always false where there is no such list.
+bool WaitsForLock(pid_t pid, const std::filesystem::path& file);
 
 // Polls the condition every 5 ms until it holds or the limit passes; true if it held.
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
