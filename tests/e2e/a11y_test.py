@@ -56,12 +56,13 @@ def wait_for(what, condition):
 
 
 def describe(node, depth=0):
-    """One line per object: role, name, and for a bar its value or busy; children below."""
+    """One line per object: role, name, and for a bar whether busy and its value; children
+    below."""
     line = f"{'  ' * depth}{node.getRoleName()} '{node.name}'"
     if node.getRole() == pyatspi.ROLE_PROGRESS_BAR:
         busy = node.getState().contains(pyatspi.STATE_BUSY)
         value = node.queryValue()
-        line += " busy" if busy else f" {value.currentValue:g} of {value.maximumValue:g}"
+        line += f"{' busy' if busy else ''} {value.currentValue:g} of {value.maximumValue:g}"
     return [line] + [text for child in node for text in describe(child, depth + 1)]
 
 
@@ -177,7 +178,7 @@ def run(s):
                    btn_spec=buttons("Stop", "Pause"))],
            "Backup", copying, [(showing, "frame")])
     s.step("the bar turns busy", [command("p1", "set", progress=-1)], "Backup",
-           copying[:2] + ["  progress bar 'Copying' busy"] + copying[3:], [(value, "progress bar")])
+           copying[:2] + ["  progress bar 'Copying' busy 0 of 0"] + copying[3:], [(value, "progress bar")])
     s.step("a new title, message and value",
            [command("p1", "set", title="Backup 2", message="Verifying", progress=0.5)],
            "Backup 2", ["frame 'Backup 2'", "  label 'Verifying'",
@@ -199,7 +200,7 @@ def run(s):
            + copying[3:])
     s.step("a busy window without a message or buttons",
            [create("p2", style=2, message="Working", progress=-1)], "Working",
-           ["frame 'Working'", "  progress bar 'Working' busy"], [(showing, "frame")])
+           ["frame 'Working'", "  progress bar 'Working' busy 0 of 0"], [(showing, "frame")])
     s.send(command("p2", "set", style=6))
     wait_for("the hidden window to be told gone", lambda: any(
         e.type == showing and e.detail1 == 0 and e.source.getRoleName() == "frame"
