@@ -142,12 +142,6 @@ void DesktopWindow::ControlOrder(const std::vector<const DesktopUIControl*>& con
   frame_->SetOrder(std::move(widgets));
 }
 
-void DesktopWindow::AskAttention() {
-  if (!frame_->isVisible()) return;
-  QAccessibleEvent alert(frame_.get(), QAccessible::Alert);
-  QAccessible::updateAccessibility(&alert);
-}
-
 void DesktopWindow::Close() {
   Closing();
   frame_->hide();

@@ -78,9 +78,6 @@ class DesktopWindow {
   // the controls as Qt lists them and the cancel key does nothing. No property write: not
   // counted.
   void ControlOrder(const std::vector<const DesktopUIControl*>& controls);
-  // Tells accessibility clients that the window now asks the user something (a question came on
-  // top). Never activates or raises the window; does nothing while it is off the screen.
-  void AskAttention();
 
   // The Closing event: runs once, through the event guard, when the window closes, by Close or
   // because the user closed a document window. The window goes in any case.

@@ -41,8 +41,8 @@ class wProgress : public platform::DesktopWindow, public commandable {
   ~wProgress() override;
 
   // One command for this window, by the word in "cmd" (letter case ignored): "set" applies the
-  // keys to the top state; "push" puts a new empty state on top, applies them there and tells
-  // accessibility clients that a question came on top (the window doesn't take the focus);
+  // keys to the top state; "push" puts a new empty state on top and applies them there (a
+  // screen reader hears of its title, message and buttons; the window doesn't take the focus);
   // "delete" closes the window and reads no other key. Any other word, or none, is ignored.
   // Keys: "title", "style", "message", "progress", "btn_spec", applied in that order; an absent
   // key leaves its field as it was; one that can't be converted is skipped with one line on

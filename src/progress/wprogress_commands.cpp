@@ -52,7 +52,6 @@ void wProgress::cmd(std::shared_ptr<platform::Dictionary> d) {
   } else if (platform::EqualsPlain(word, "push")) {
     stack.push_back(std::make_shared<progress_state>());
     update(*d);
-    AskAttention();
   }
 }
 
