@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QLabel>
 #include <QProgressBar>
@@ -77,6 +78,8 @@ void DesktopLabel::ApplyAlignment() {
 DesktopButton::DesktopButton(DesktopWindow& window, std::int64_t index)
     : DesktopUIControl(new QPushButton(window.Widget()), index) {
   button()->setAutoDefault(false);
+  // Tab reaches a button on every platform, not only where the platform's settings say so.
+  button()->setFocusPolicy(Qt::StrongFocus);
   QObject::connect(button(), &QPushButton::clicked, [this] {
     if (pressed_) GuardEvent([this] { pressed_(*this); });
   });
@@ -156,14 +159,25 @@ void DesktopProgressBar::Value(double value) {
 void DesktopProgressBar::Apply() {
   QProgressBar* b = bar();
   if (!b) return;
+  // A range of 0..0 is Qt's busy bar.
+  const auto busy = [b] { return b->minimum() == 0 && b->maximum() == 0; };
+  const bool was_busy = busy();
   if (indeterminate_) {
-    // A range of 0..0 is Qt's busy bar.
     b->setRange(0, 0);
-    return;
+  } else {
+    const int maximum = std::max(0, ToBarInt(static_cast<double>(maximum_)));
+    b->setRange(0, maximum);
+    b->setValue(std::clamp(ToBarInt(value_), 0, maximum));
   }
-  const int maximum = std::max(0, ToBarInt(static_cast<double>(maximum_)));
-  b->setRange(0, maximum);
-  b->setValue(std::clamp(ToBarInt(value_), 0, maximum));
+  if (busy() == was_busy || !b->isVisible()) return;
+  // Qt tells accessibility clients of a new value, not of a bar that turns busy or stops being
+  // busy: the state changes, and with it the value they are given.
+  QAccessible::State busy_state;
+  busy_state.busy = true;
+  QAccessibleStateChangeEvent state_changed(b, busy_state);
+  QAccessible::updateAccessibility(&state_changed);
+  QAccessibleValueChangeEvent value_changed(b, busy() ? 0 : b->value());
+  QAccessible::updateAccessibility(&value_changed);
 }
 
 }  // namespace platform

@@ -68,6 +68,15 @@ void DesktopUIControl::FontSize(float value) {
   ApplyFont();
 }
 
+void DesktopUIControl::AccessibleName(std::string value) {
+  if (value == accessible_name_) return;
+  accessible_name_ = std::move(value);
+  // Qt tells accessibility clients of the new name.
+  if (widget_)
+    widget_->setAccessibleName(
+        QString::fromUtf8(accessible_name_.data(), std::ssize(accessible_name_)));
+}
+
 void DesktopUIControl::ApplyGeometry() {
   if (!widget_) return;
   widget_->setGeometry(ToWidgetCoordinate(left_), ToWidgetCoordinate(top_), ToWidgetSize(width_),

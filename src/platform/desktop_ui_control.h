@@ -42,6 +42,12 @@ class DesktopUIControl {
   float FontSize() const noexcept { return font_size_; }
   void FontSize(float value);
 
+  // The name that accessibility clients (screen readers) read for the control where its own text
+  // gives none, as for a bar; "" leaves the control's text to name it. A change is told to
+  // them. No property write: not counted.
+  const std::string& AccessibleName() const noexcept { return accessible_name_; }
+  void AccessibleName(std::string value);
+
   // The place of the control in its control array, fixed when it is made; -1 for none.
   std::int64_t Index() const noexcept { return index_; }
 
@@ -67,6 +73,7 @@ class DesktopUIControl {
   bool enabled_ = true;
   std::string font_name_ = "System";
   float font_size_ = 0;
+  std::string accessible_name_;
   WriteCounts writes_;
 };
 

@@ -3,48 +3,21 @@
 #include <algorithm>
 #include <functional>
 
-#include <QCloseEvent>
+#include <QAccessible>
 #include <QMenuBar>
 #include <QVBoxLayout>
 #include <QWidget>
 
 #include "platform/control_font.h"
 #include "platform/desktop_menu.h"
+#include "platform/desktop_ui_control.h"
 #include "platform/event_guard.h"
 #include "platform/run_loop.h"
+#include "platform/window_widget.h"
 
 namespace platform {
 
 namespace {
-Qt::WindowFlags FlagsOf(DesktopWindow::Type type) {
-  if (type == DesktopWindow::Type::Document) return Qt::Window;
-  return Qt::Window | Qt::Tool | Qt::WindowStaysOnTopHint | Qt::CustomizeWindowHint |
-         Qt::WindowTitleHint;
-}
-
-// The top-level widget of a window. A floating window has no close box, and a window manager
-// that shows one all the same, or a close key, can't take it away: only its owner closes it. A
-// document window closes and tells its owner.
-class WindowWidget : public QWidget {
- public:
-  WindowWidget(DesktopWindow::Type type, std::function<void()> closing)
-      : QWidget(nullptr, FlagsOf(type)), type_(type), closing_(std::move(closing)) {}
-
- protected:
-  void closeEvent(QCloseEvent* event) override {
-    if (type_ == DesktopWindow::Type::FloatingGlobal) {
-      event->ignore();
-      return;
-    }
-    QWidget::closeEvent(event);
-    if (event->isAccepted()) closing_();
-  }
-
- private:
-  DesktopWindow::Type type_;
-  std::function<void()> closing_;
-};
-
 std::shared_ptr<DesktopMenuBar> CarriedMenuBar(DesktopWindow::Type type) {
 #ifdef __APPLE__
   // The screen's menu bar shows the application's; no window carries one.
@@ -58,10 +31,14 @@ std::shared_ptr<DesktopMenuBar> CarriedMenuBar(DesktopWindow::Type type) {
 }  // namespace
 
 DesktopWindow::DesktopWindow(Type type)
-    : frame_(std::make_unique<WindowWidget>(type, [this] { Closing(); })),
+    : frame_(std::make_unique<WindowWidget>(type == Type::FloatingGlobal, [this] { Closing(); })),
       menu_bar_(CarriedMenuBar(type)) {
-  // A floating window stays on the screen while another application is active.
-  if (type == Type::FloatingGlobal) frame_->setAttribute(Qt::WA_MacAlwaysShowToolWindow);
+  if (type == Type::FloatingGlobal) {
+    // A floating window stays on the screen while another application is active, and coming
+    // on the screen never takes the focus from it: the user turns to the window when they will.
+    frame_->setAttribute(Qt::WA_MacAlwaysShowToolWindow);
+    frame_->setAttribute(Qt::WA_ShowWithoutActivating);
+  }
   if (menu_bar_) {
     // The menu bar above, the client area below it with the controls; the frame's size limits
     // follow the client area's.
@@ -81,6 +58,10 @@ DesktopWindow::DesktopWindow(Type type)
 
 DesktopWindow::~DesktopWindow() = default;
 
+QWidget* DesktopWindow::Frame() const noexcept {
+  return frame_.get();
+}
+
 void DesktopWindow::Title(std::string value) {
   writes_.Count(Property::Title);
   title_ = std::move(value);
@@ -88,6 +69,9 @@ void DesktopWindow::Title(std::string value) {
   QString shown = QString::fromUtf8(title_.data(), std::ssize(title_));
   shown.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
   frame_->setWindowTitle(shown);
+  // The title names the window for accessibility clients; Qt doesn't tell them it changed.
+  QAccessibleEvent renamed(frame_.get(), QAccessible::NameChanged);
+  QAccessible::updateAccessibility(&renamed);
 }
 
 void DesktopWindow::Visible(bool value) {
@@ -148,6 +132,14 @@ void DesktopWindow::Show() {
   opened_ = true;
   Visible(true);
   frame_->raise();
+}
+
+void DesktopWindow::ControlOrder(const std::vector<const DesktopUIControl*>& controls) {
+  std::vector<QWidget*> widgets;
+  for (const DesktopUIControl* control : controls) {
+    if (control && control->Widget()) widgets.push_back(control->Widget());
+  }
+  frame_->SetOrder(std::move(widgets));
 }
 
 void DesktopWindow::Close() {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/write_counts.h"
 
@@ -18,6 +19,8 @@ class QWidget;
 namespace platform {
 
 class DesktopMenuBar;
+class DesktopUIControl;
+class WindowWidget;
 
 class DesktopWindow {
  public:
@@ -60,12 +63,21 @@ class DesktopWindow {
 
   // Ends the making of the window: from now on it is on the screen whenever Visible is true.
   void Open();
-  // Opens the window if needed, makes Visible true and brings it to the front.
+  // Opens the window if needed, makes Visible true and brings it to the front; a floating window
+  // is not made active by it.
   void Show();
   // Takes the window off the screen for good: it shows no more and takes no more input. The
   // object and its controls live on until their owner drops them. Runs Event_Closing first.
   void Close();
   bool Closed() const noexcept { return closed_; }
+
+  // The controls in the order a user meets them: read out in this order by accessibility clients
+  // (screen readers), which reach no control left out of it and none that is hidden, and passed
+  // through in this order by Tab and Shift+Tab. The cancel key (Esc; Cmd+. on macOS) presses the
+  // first visible, enabled button of the order, as a click would. Until it is set, clients read
+  // the controls as Qt lists them and the cancel key does nothing. No property write: not
+  // counted.
+  void ControlOrder(const std::vector<const DesktopUIControl*>& controls);
 
   // The Closing event: runs once, through the event guard, when the window closes, by Close or
   // because the user closed a document window. The window goes in any case.
@@ -83,14 +95,14 @@ class DesktopWindow {
   QWidget* Widget() const noexcept { return client_; }
   // The top-level widget: the client area with the menu bar above it, if the window has one.
   // For grabbing and driving the whole window in tests.
-  QWidget* Frame() const noexcept { return frame_.get(); }
+  QWidget* Frame() const noexcept;
 
  private:
   void ApplySize();
   void ApplyVisible();
   void Closing();
 
-  std::unique_ptr<QWidget> frame_;
+  std::unique_ptr<WindowWidget> frame_;
   QWidget* client_ = nullptr;
   QMenuBar* menu_bar_widget_ = nullptr;
   std::shared_ptr<DesktopMenuBar> menu_bar_;

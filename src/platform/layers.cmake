@@ -12,6 +12,6 @@ set(qem_platform_core
 # controls, menus and dialogs, fonts and the measuring of text, the documents folder, a program
 # launched.
 set(qem_platform_gui
-  control_font desktop_controls desktop_menu desktop_text_controls desktop_ui_control
-  desktop_window documents_folder folder_watcher font_metrics_measurer lock_watcher
-  open_file_dialog open_program run_loop)
+  accessible_interfaces control_font desktop_controls desktop_menu desktop_text_controls
+  desktop_ui_control desktop_window documents_folder folder_watcher font_metrics_measurer
+  lock_watcher open_file_dialog open_program run_loop window_widget)

@@ -41,7 +41,8 @@ class wProgress : public platform::DesktopWindow, public commandable {
   ~wProgress() override;
 
   // One command for this window, by the word in "cmd" (letter case ignored): "set" applies the
-  // keys to the top state; "push" puts a new empty state on top and applies them there;
+  // keys to the top state; "push" puts a new empty state on top and applies them there (a
+  // screen reader hears of its title, message and buttons; the window doesn't take the focus);
   // "delete" closes the window and reads no other key. Any other word, or none, is ignored.
   // Keys: "title", "style", "message", "progress", "btn_spec", applied in that order; an absent
   // key leaves its field as it was; one that can't be converted is skipped with one line on
@@ -58,7 +59,10 @@ class wProgress : public platform::DesktopWindow, public commandable {
 
   // Lays the whole window out from the top state (progress_layout::compute) and applies the
   // result: title, hiding, message, label, buttons, bar, height, showing, in that order. Every
-  // write is guarded by a read; the window is never moved. Never fails.
+  // write is guarded by a read; the window is never moved. Then sets what a screen reader and
+  // the keyboard meet: the message, the bar (named after the message where it shows, else the
+  // title bar's text) and the visible buttons from left to right; the cancel key presses the
+  // leftmost. Never fails.
   void reformat();
 
   // The states; the last one is shown. Never empty, and element 0 is never removed.

@@ -78,4 +78,11 @@ void wProgress::reformat() {
 
   // Showing comes last, so that the window appears with its final look.
   if (!r.hidden && !Visible()) Visible(true);
+
+  // What a screen reader and the keyboard meet, in the order it stands on the screen: the
+  // message above, then the row from left to right. The bar is named after the window's text.
+  bar.AccessibleName(r.label_visible ? r.message : r.title_bar);
+  std::vector<const platform::DesktopUIControl*> order = {&label, &bar};
+  for (std::size_t slot : r.on_screen) order.push_back(btn_[slot].get());
+  ControlOrder(order);
 }

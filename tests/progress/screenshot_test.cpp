@@ -1,6 +1,7 @@
-// Windows drawn for real: every control the layout shows has ink where the layout put it, and
-// the margins stay empty. The pictures go to the test's folder, and to $QEM_SCREENSHOT_DIR when
-// that is set (which is how the README's pictures are made).
+// Windows drawn for real, at whatever screen scale QT_SCALE_FACTOR gives: the picture has the
+// layout's size times the scale in device pixels, every control the layout shows has ink where
+// the layout put it, and the margins stay empty. The pictures go to the test's folder, and to
+// $QEM_SCREENSHOT_DIR when that is set (which is how the README's pictures are made).
 
 #include <gtest/gtest.h>
 
@@ -8,6 +9,7 @@
 #include <QPixmap>
 #include <QWidget>
 #include <cstdlib>
+#include <string>
 
 #include "progress_fixture.h"
 #include "support/temp_env.h"
@@ -26,31 +28,40 @@ bool HasInk(const QImage& image, const QRect& rect, QRgb background) {
   return false;
 }
 
-TEST_F(Screenshot, ControlsAreDrawnWhereTheLayoutPutThem) {
-  const std::pair<const char*, const char*> cases[] = {
-      {"progress-style3.png",
+TEST_F(Screenshot, ControlsAreDrawnWhereTheLayoutPutThemAtTheScreensScale) {
+  const char* scale_factor = std::getenv("QT_SCALE_FACTOR");
+  const int scale = scale_factor ? std::atoi(scale_factor) : 1;
+  const std::string suffix = scale == 1 ? ".png" : "@" + std::to_string(scale) + "x.png";
+  const std::pair<std::string, const char*> cases[] = {
+      {"progress-style3" + suffix,
        R"({"style":3,"message":"Copying 1,204 files to the backup disk","progress":0.4,)"
        R"("btn_spec":[{"id":"stop","text":"Stop"},{"id":"pause","text":"Pause"}]})"},
-      {"progress-question.png",
+      {"progress-question" + suffix,
        R"({"style":1,"message":"A file named report.pdf is already there. Replace it?",)"
        R"("btn_spec":[{"id":"yes","text":"Replace"},{"id":"no","text":"Keep both"}]})"},
   };
+  // A rectangle of the layout, in points, as device pixels of the picture.
+  const auto device = [&](std::int64_t left, std::int64_t top, std::int64_t width,
+                          std::int64_t height) {
+    return QRect(QPoint(left, top) * scale, QSize(width, height) * scale);
+  };
   for (const auto& [file, create] : cases) {
     auto w = qem_test::MakeWindow(create, nullptr);
-    const QImage image = w->Widget()->grab().toImage();
-    ASSERT_EQ(image.size(), QSize(530, static_cast<int>(w->Height()))) << file;
+    const QPixmap shot = w->Widget()->grab();
+    ASSERT_EQ(shot.devicePixelRatio(), scale) << file;
+    const QImage image = shot.toImage();
+    ASSERT_EQ(image.size(), device(0, 0, 530, w->Height()).size()) << file;
     ASSERT_TRUE(image.save(QString::fromStdString((tmp() / file).string())));
     if (const char* dir = std::getenv("QEM_SCREENSHOT_DIR")) {
       image.save(QString::fromStdString(std::string(dir) + "/" + file));
     }
     const QRgb background = image.pixel(2, 2);
-    EXPECT_FALSE(HasInk(image, QRect(0, 0, 20, image.height()), background)) << file;
-    EXPECT_FALSE(HasInk(image, QRect(0, image.height() - 18, 530, 18), background)) << file;
+    EXPECT_FALSE(HasInk(image, device(0, 0, 20, w->Height()), background)) << file;
+    EXPECT_FALSE(HasInk(image, device(0, w->Height() - 18, 530, 18), background)) << file;
     const platform::DesktopUIControl* controls[] = {&w->Label1(), &w->ProgressBar1(), &w->btn(0),
                                                     &w->btn(1)};
     for (const auto* c : controls) {
-      const QRect rect(static_cast<int>(c->Left()), static_cast<int>(c->Top()),
-                       static_cast<int>(c->Width()), static_cast<int>(c->Height()));
+      const QRect rect = device(c->Left(), c->Top(), c->Width(), c->Height());
       EXPECT_EQ(HasInk(image, rect, background), c->Visible()) << file << " " << c->Left();
     }
   }
