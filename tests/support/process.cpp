@@ -3,14 +3,14 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <string>
 #include <thread>
+
+#include "support/temp_env.h"
 
 namespace qem_test {
 
@@ -89,20 +89,29 @@ Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options) {
   return Child(pid);
 }
 
-bool WaitsForLock(pid_t pid, const std::filesystem::path& file) {
-  struct stat st;
-  if (::stat(file.c_str(), &st) != 0) return false;
-  // A waiter's line: "<n>: -> FLOCK  ADVISORY  WRITE <pid> <major>:<minor>:<inode> 0 EOF".
-  const std::string waiter = " " + std::to_string(pid) + " ";
-  const std::string inode = ":" + std::to_string(st.st_ino) + " ";
-  std::ifstream locks("/proc/locks");
-  for (std::string line; std::getline(locks, line);) {
-    if (line.find("-> FLOCK") != std::string::npos && line.find(waiter) != std::string::npos &&
-        line.find(inode) != std::string::npos) {
-      return true;
-    }
-  }
-  return false;
+Kept::Kept(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+           const std::string& name, SpawnOptions options)
+    : out_(folder / (name + ".out")), err_(folder / (name + ".err")) {
+  options.stdout_path = out_;
+  options.stderr_path = err_;
+  Child::operator=(Spawn(argv, options));
+}
+
+std::string Kept::Out() const {
+  return ReadFile(out_);
+}
+
+std::string Kept::Err() const {
+  return ReadFile(err_);
+}
+
+Ran Run(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+        const std::string& input, long long file_size_limit) {
+  WriteFile(folder / "run.in", input);
+  Kept run(argv, folder, "run",
+           {.stdin_path = folder / "run.in", .file_size_limit = file_size_limit});
+  const int status = run.Wait();
+  return {status, run.Out(), run.Err()};
 }
 
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {

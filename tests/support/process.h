@@ -1,6 +1,7 @@
 #pragma once
 // Real child processes for cross-process tests: fork and exec with the test's environment
-// (so a child sees the test's HOME, XDG_CONFIG_HOME and TMPDIR), wait with a time limit, kill.
+// (so a child sees the test's HOME, XDG_CONFIG_HOME and TMPDIR), wait with a time limit, kill;
+// their output kept in files to read back while they run or once they have ended.
 
 #include <sys/types.h>
 
@@ -45,9 +46,29 @@ class Child {
 // Starts argv[0] (a path) with the arguments. Aborts the test binary if fork fails.
 Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options = {});
 
-// True while process `pid` waits to take the flock of `file`, as the kernel lists it in
-// /proc/locks; always false where there is no such list.
-bool WaitsForLock(pid_t pid, const std::filesystem::path& file);
+// A child whose stdout and stderr are kept in `folder`, in <name>.out and <name>.err (made
+// afresh); the options' own stdout and stderr are not used.
+class Kept : public Child {
+ public:
+  Kept(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+       const std::string& name, SpawnOptions options = {});
+  std::string Out() const;
+  std::string Err() const;
+
+ private:
+  std::filesystem::path out_, err_;
+};
+
+// What a program that ran gave: its status as Child::Wait gives it, its stdout and its stderr.
+struct Ran {
+  int status;
+  std::string out, err;
+};
+
+// Runs argv with `input` on its stdin and waits up to a minute for its end (a child still
+// running then is killed: status -1). Its files lie in `folder`, named "run.*".
+Ran Run(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+        const std::string& input = "", long long file_size_limit = 0);
 
 // Polls the condition every 5 ms until it holds or the limit passes; true if it held.
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
