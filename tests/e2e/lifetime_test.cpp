@@ -35,7 +35,6 @@ TEST_F(Lifetime, RefusalsAndAnswersEndAtOnceWithoutTouchingAnyFileOrDisplay) {
   } rows[] = {
       {{}, nullptr, 0, ""},  // a required option missing: nothing to serve
       {{"--stay-alive-key=alive", "--channel=b"}, nullptr, 0, ""},
-      {{"--stay-alive-key=alive", "--launch-key=c"}, nullptr, 0, ""},
       {{"--channel=b", "--launch-key=c", "--stay-alive-key="}, nullptr, 0, ""},
       {{"--stay-alive-key=alive", "--channel", "--launch-key=c"}, nullptr, 0, ""},
       {{"--stay-alive-key=alive", "--channel=../up", "--launch-key=l"}, nullptr, 2, "--channel"},
