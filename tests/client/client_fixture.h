@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/outside.h"
+#include "support/process.h"
 #include "support/temp_env.h"
 
 namespace qem_test {

@@ -11,7 +11,6 @@
 #include "console/qem_util_test.h"
 #include "platform/open_file_dialog.h"
 #include "platform/run_loop.h"
-#include "support/outside.h"
 #include "support/process.h"
 #include "support/temp_env.h"
 

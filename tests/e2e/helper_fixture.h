@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "channel/lock_file.h"
-#include "support/outside.h"
 #include "support/process.h"
 #include "support/scoped_env.h"
 #include "support/temp_env.h"

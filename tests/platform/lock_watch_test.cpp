@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <memory>
 
-#include "support/outside.h"
 #include "support/process.h"
 #include "support/temp_env.h"
 

@@ -1,10 +1,8 @@
 #pragma once
-// Shared by the command server tests: a server in this process on channel "cmd", replies on
-// "rep", whose windows the test reads back; the stay-alive lock held as the starting application
-// holds it.
+// Shared by the command server tests: a server in this process on channel "cmd", whose windows
+// the test reads back; the stay-alive lock held as the starting application holds it.
 
 #include <QCoreApplication>
-#include <QtTest/QTest>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -15,7 +13,6 @@
 
 #include "app/window_maker.h"
 #include "channel/lock_file.h"
-#include "channel/many_to_one_receiver.h"
 #include "progress/wprogress.h"
 #include "server/qem_util.h"
 #include "support/process.h"
@@ -34,10 +31,7 @@ inline std::string Set(const std::string& id, const std::string& title) {
 
 class ServerTest : public TempEnvTest {
  protected:
-  void SetUp() override {
-    alive = lock_file::make("alive", log_file::make_null());
-    replies = many_to_one::receiver::make("rep", log_file::make_null());
-  }
+  void SetUp() override { alive = lock_file::make("alive", log_file::make_null()); }
   void TearDown() override { server.reset(); }
   void Start(qem_util::pacing pace = {}) {
     server = std::make_unique<qem_util>("alive", "cmd", "rep", "up", make_progress_window, pace);
@@ -64,7 +58,6 @@ class ServerTest : public TempEnvTest {
   std::filesystem::path Data() const { return prefs() / "qem.many_to_one.cmd.dir" / "data"; }
 
   std::shared_ptr<lock_file> alive;
-  std::shared_ptr<many_to_one::receiver> replies;
   std::unique_ptr<qem_util> server;
 };
 

@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "server_fixture.h"
-#include "support/outside.h"
 
 namespace {
 

@@ -15,7 +15,6 @@
 #include <vector>
 
 #include "server_fixture.h"
-#include "support/outside.h"
 
 namespace {
 
