@@ -53,20 +53,16 @@ TEST_F(QemChannelTest, EachCommandPrintsWhatItShouldAndEndsWithItsStatus) {
     SCOPED_TRACE(testing::PrintToString(row.args));
     std::vector<std::string> args = row.args;
     args.insert(args.begin(), QEM_CHANNEL_TOOL);
-    qem_test::WriteFile(root() / "in", row.input);
-    EXPECT_EQ(qem_test::Spawn(args, {root() / "in", root() / "out", root() / "err", row.size_limit})
-                  .Wait(60s),
-              row.status);
-    const std::string out = qem_test::ReadFile(root() / "out"),
-                      err = qem_test::ReadFile(root() / "err");
-    EXPECT_EQ(out, row.out);
+    const auto ran = qem_test::Run(args, root(), row.input, row.size_limit);
+    EXPECT_EQ(ran.status, row.status);
+    EXPECT_EQ(ran.out, row.out);
     // A failure says what went wrong on one line; success says nothing there.
-    EXPECT_EQ(std::count(err.begin(), err.end(), '\n'), row.status > 1 ? 1 : 0) << err;
+    EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), row.status > 1 ? 1 : 0) << ran.err;
   }
   EXPECT_EQ(qem_test::ReadFile(Data("full")), big + '\0' + "fits" + '\0') << "no part of a record";
-  EXPECT_EQ(
-      qem_test::Spawn({QEM_CHANNEL_TOOL, "--help"}, {.stdout_path = root() / "out"}).Wait(60s), 0);
-  EXPECT_TRUE(qem_test::ReadFile(root() / "out").starts_with("Usage:"));
+  const auto help = qem_test::Run({QEM_CHANNEL_TOOL, "--help"}, root());
+  EXPECT_EQ(help.status, 0);
+  EXPECT_TRUE(help.out.starts_with("Usage:"));
 }
 
 }  // namespace

@@ -20,29 +20,26 @@
 namespace {
 
 using namespace std::chrono_literals;
-using qem_test::Child;
-using qem_test::ReadFile;
+using qem_test::Kept;
+using qem_test::LockHeld;
 using qem_test::WaitUntil;
+using qem_test::Wakeups;
 
 class QemCtl : public qem_test::ClientTest {
  protected:
-  // Starts qem_ctl with the arguments; its standard input is /dev/null, or a FIFO that Feed()
-  // writes to and EndInput() closes.
-  Child Start(std::vector<std::string> args, bool fed = false) {
+  // Starts qem_ctl with the arguments, its standard input a FIFO that Feed() writes to and
+  // EndInput() closes.
+  Kept Start(std::vector<std::string> args) {
     const auto fifo = root() / "in.fifo";
-    if (fed) ::mkfifo(fifo.c_str(), 0600);
+    ::mkfifo(fifo.c_str(), 0600);
     args.insert(args.begin(), QEM_CTL_PATH);
-    Child ctl = qem_test::Spawn(args, {.stdin_path = fed ? fifo.string() : "",
-                                       .stdout_path = (root() / "out.txt").string(),
-                                       .stderr_path = (root() / "err.txt").string()});
-    if (fed) input_.open(fifo);  // once qem_ctl has opened its end
-    EXPECT_EQ(input_.is_open(), fed);
+    Kept ctl(args, root(), "ctl", {.stdin_path = fifo.string()});
+    input_.open(fifo);  // once qem_ctl has opened its end
+    EXPECT_TRUE(input_.is_open());
     return ctl;
   }
   void Feed(const std::string& lines) { EXPECT_TRUE(input_ << lines << std::flush); }
   void EndInput() { input_.close(); }
-  std::string Out() { return ReadFile(root() / "out.txt"); }
-  std::string Err() { return ReadFile(root() / "err.txt"); }
   static long Lines(const std::string& text) { return std::count(text.begin(), text.end(), '\n'); }
 
  private:
@@ -50,7 +47,7 @@ class QemCtl : public qem_test::ClientTest {
 };
 
 TEST_F(QemCtl, LinesAreSentRepliesPrintedAWaitHoldsTheNextLineBackAndBadLinesAreCounted) {
-  auto ctl = Start({"--helper=" + StandIn(), "--name=t"}, true);
+  auto ctl = Start({"--helper=" + StandIn(), "--name=t"});
   Feed(
       "create p1 style=3 title=\"Copying\"\n"
       "frobnicate p1\n"
@@ -60,10 +57,11 @@ TEST_F(QemCtl, LinesAreSentRepliesPrintedAWaitHoldsTheNextLineBackAndBadLinesAre
       "wait p9 timeout=0.2\n"
       "wait p1\n"
       "create p2 style=1\n");
-  ASSERT_TRUE(WaitUntil([&] { return Lines(Err()) == 2 && Lines(Received()) == 2; }, 60s)) << Err();
+  ASSERT_TRUE(WaitUntil([&] { return Lines(ctl.Err()) == 2 && Lines(Received()) == 2; }, 60s))
+      << ctl.Err();
   auto replies = std::make_shared<many_to_one::sender>("t.reply", log_file::make_null());
   replies->op()->write(R"({"obj_id":"p0","cmd":"pressed","btn_id":"a"})");
-  ASSERT_TRUE(WaitUntil([&] { return Lines(Out()) == 1; }, 60s));
+  ASSERT_TRUE(WaitUntil([&] { return Lines(ctl.Out()) == 1; }, 60s));
   // p0's reply is no reply of p1: the next line stays back (given a second to go wrong), and
   // qem_ctl sleeps meanwhile: its threads are hardly woken.
   const auto before = Wakeups(ctl.pid());
@@ -74,13 +72,13 @@ TEST_F(QemCtl, LinesAreSentRepliesPrintedAWaitHoldsTheNextLineBackAndBadLinesAre
   }
   replies->op()->write(R"({"obj_id":"p1","cmd":"pressed","btn_id":"b"})");
   ASSERT_TRUE(WaitUntil([&] { return Lines(Received()) == 3; }, 60s)) << Received();
-  EXPECT_EQ(Out(),
+  EXPECT_EQ(ctl.Out(),
             "{\"obj_id\":\"p0\",\"cmd\":\"pressed\",\"btn_id\":\"a\"}\n"
             "{\"obj_id\":\"p1\",\"cmd\":\"pressed\",\"btn_id\":\"b\"}\n");
   // A line that comes while qem_ctl sleeps on its input wakes it; the last needs no line break.
   Feed("delete p2");
   EndInput();
-  EXPECT_EQ(ctl.Wait(60s), 1) << Err();
+  EXPECT_EQ(ctl.Wait(60s), 1) << ctl.Err();
   EXPECT_EQ(Received(),
             R"({"obj_id":"p1","cmd":"create","type":"wprogress","title":"Copying","style":3})"
             "\n"
@@ -90,24 +88,24 @@ TEST_F(QemCtl, LinesAreSentRepliesPrintedAWaitHoldsTheNextLineBackAndBadLinesAre
             "\n"
             R"({"obj_id":"p2","cmd":"delete"})"
             "\n");
-  const std::string err = Err();
+  const std::string err = ctl.Err();
   EXPECT_EQ(Lines(err), 2) << err;
   EXPECT_NE(err.find("qem_ctl: line 2: unknown command \"frobnicate\""), std::string::npos) << err;
   EXPECT_NE(err.find("qem_ctl: line 6: no reply from p9"), std::string::npos) << err;
-  EXPECT_FALSE(Held("t.up"));
+  EXPECT_FALSE(LockHeld("t.up"));
 }
 
 TEST_F(QemCtl, TheHelperBesideItTakesTheCommandsAndASignalEndsBoth) {
   // A style it can't use makes the helper name the window on its stderr, which qem_ctl passes
   // on: proof that the command reached it.
-  auto ctl = Start({"--name=t"}, true);
+  auto ctl = Start({"--name=t"});
   Feed("{\"obj_id\":\"w1\",\"cmd\":\"create\",\"type\":\"wprogress\",\"style\":{}}\n");
-  ASSERT_TRUE(
-      WaitUntil([&] { return Err().find("qem_util: wProgress \"w1\"") != std::string::npos; }, 60s))
-      << Err();
+  ASSERT_TRUE(WaitUntil(
+      [&] { return ctl.Err().find("qem_util: wProgress \"w1\"") != std::string::npos; }, 60s))
+      << ctl.Err();
   ctl.Kill(SIGTERM);
-  EXPECT_EQ(ctl.Wait(60s), 128 + SIGTERM) << Err();
-  EXPECT_FALSE(Held("t.up"));
+  EXPECT_EQ(ctl.Wait(60s), 128 + SIGTERM) << ctl.Err();
+  EXPECT_FALSE(LockHeld("t.up"));
   EXPECT_TRUE(std::filesystem::is_empty(tmp()));
 }
 
@@ -118,21 +116,24 @@ TEST_F(QemCtl, UsageVersionAndLaunchFailuresHaveTheirOwnStatusAndOneLine) {
     int status;
     std::string says;  // in the one line on stderr, or on stdout when the status is 0
   } cases[] = {
-      {"unknown option", {"--frob"}, 2, "unknown or incomplete option \"--frob\""},
-      {"name that leaves its folder", {"--name=a/b"}, 2, "\"/\""},
-      {"missing helper", {"--helper=" + (root() / "nothing").string()}, 3, "is missing"},
-      {"version", {"--version"}, 0, "qem_ctl " QEM_VERSION "\n"},
+      {"unknown option", {QEM_CTL_PATH, "--frob"}, 2, "unknown or incomplete option \"--frob\""},
+      {"name that leaves its folder", {QEM_CTL_PATH, "--name=a/b"}, 2, "\"/\""},
+      {"missing helper",
+       {QEM_CTL_PATH, "--helper=" + (root() / "nothing").string()},
+       3,
+       "is missing"},
+      {"version", {QEM_CTL_PATH, "--version"}, 0, "qem_ctl " QEM_VERSION "\n"},
   };
   for (const auto& row : cases) {
-    auto ctl = Start(row.args);
-    EXPECT_EQ(ctl.Wait(60s), row.status) << row.name;
-    const std::string told = row.status == 0 ? Out() : Err();
+    const auto ran = qem_test::Run(row.args, root());
+    EXPECT_EQ(ran.status, row.status) << row.name;
+    const std::string told = row.status == 0 ? ran.out : ran.err;
     EXPECT_EQ(Lines(told), 1) << row.name << ": " << told;
     EXPECT_NE(told.find(row.says), std::string::npos) << row.name << ": " << told;
   }
-  auto help = Start({"--help"});
-  EXPECT_EQ(help.Wait(60s), 0);
-  EXPECT_NE(Out().find("Exit status"), std::string::npos);
+  const auto help = qem_test::Run({QEM_CTL_PATH, "--help"}, root());
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.out.find("Exit status"), std::string::npos);
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ using qem_client::command;
 using qem_client::event;
 using qem_client::launch_error;
 using qem_test::ScopedEnv;
+using qem_test::Wakeups;
 
 class Session : public qem_test::ClientTest {
  protected:

@@ -1,6 +1,6 @@
 #pragma once
 // Shared by the console's tests and the menu bar's: a console in the test's private folders with
-// the menu bar of the program, clicks as the user makes them, and a probe of a lock.
+// the menu bar of the program, and clicks as the user makes them.
 
 #include <QtTest/QTest>
 #include <chrono>
@@ -8,7 +8,6 @@
 #include <string>
 
 #include "app/main_menu_bar.h"
-#include "channel/lock_file.h"
 #include "console/qem_util_test.h"
 #include "platform/open_file_dialog.h"
 #include "platform/run_loop.h"
@@ -20,7 +19,6 @@ namespace qem_test {
 class ConsoleTest : public TempEnvTest {
  protected:
   void SetUp() override {
-    TempEnvTest::SetUp();
     platform::DesktopApplication::Instance()->MenuBar(main_menu_bar());
     console = std::make_unique<qem_util_test>();
   }
@@ -28,9 +26,8 @@ class ConsoleTest : public TempEnvTest {
     platform::OpenFileDialog::AnswerForTests(nullptr);
     // A copy that Launch started goes with the console's lock, before its folders go.
     console.reset();
-    EXPECT_TRUE(WaitUntil([] { return !Occupied("alive.launched"); }, std::chrono::seconds(30)));
+    EXPECT_TRUE(WaitUntil([] { return !LockHeld("alive.launched"); }, std::chrono::seconds(30)));
     platform::DesktopApplication::Instance()->MenuBar(nullptr);
-    TempEnvTest::TearDown();
   }
   static void Click(platform::DesktopUIControl& control) {
     QTest::mouseClick(control.Widget(), Qt::LeftButton);
@@ -38,10 +35,6 @@ class ConsoleTest : public TempEnvTest {
   // The box is clicked on its square, which lies at its left.
   void ClickLockBox() {
     QTest::mouseClick(console->cb_stay_alive_key().Widget(), Qt::LeftButton, {}, QPoint(5, 10));
-  }
-  // True when somebody holds the lock: our own attempt fails.
-  static bool Occupied(const std::string& name) {
-    return lock_file::make(name, log_file::make_null()) == nullptr;
   }
 
   std::unique_ptr<qem_util_test> console;

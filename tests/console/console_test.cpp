@@ -17,13 +17,14 @@ namespace {
 
 using namespace std::chrono_literals;
 using Console = qem_test::ConsoleTest;
+using qem_test::LockHeld;
 
 TEST_F(Console, TheBoxHoldsTheStayAliveLockWhileCheckedAndNeverAnotherHolders) {
   console->tfstay_alive_key().Text("alive");
   ClickLockBox();
-  EXPECT_TRUE(Occupied("alive"));
+  EXPECT_TRUE(LockHeld("alive"));
   ClickLockBox();
-  EXPECT_FALSE(Occupied("alive"));
+  EXPECT_FALSE(LockHeld("alive"));
 
   // Held elsewhere: the box stays checked and holds nothing, and clearing it lets go of nothing.
   auto other = lock_file::make("alive", log_file::make_null());
@@ -31,9 +32,9 @@ TEST_F(Console, TheBoxHoldsTheStayAliveLockWhileCheckedAndNeverAnotherHolders) {
   EXPECT_TRUE(console->cb_stay_alive_key().Value());
   ClickLockBox();
   other.reset();
-  EXPECT_FALSE(Occupied("alive"));
+  EXPECT_FALSE(LockHeld("alive"));
   ClickLockBox();
-  EXPECT_TRUE(Occupied("alive")) << "the box takes the lock again once it is free";
+  EXPECT_TRUE(LockHeld("alive")) << "the box takes the lock again once it is free";
 }
 
 // Names are refused where they become paths; one row of each field shows the console wired in,
@@ -125,9 +126,9 @@ TEST_F(Console, LaunchStartsACopyThatServesUntilTheBoxIsClearedAndABadPathNothin
   }
   console->tfpath().Text(QEM_UTIL_PATH);
   Click(console->pblaunch());
-  ASSERT_TRUE(qem_test::WaitUntil([] { return Occupied("alive.launched"); }, 30s));
+  ASSERT_TRUE(qem_test::WaitUntil([] { return LockHeld("alive.launched"); }, 30s));
   ClickLockBox();
-  EXPECT_TRUE(qem_test::WaitUntil([] { return !Occupied("alive.launched"); }, 30s));
+  EXPECT_TRUE(qem_test::WaitUntil([] { return !LockHeld("alive.launched"); }, 30s));
 }
 
 TEST_F(Console, ClosingTheWindowEndsTheRunWithStatusZero) {

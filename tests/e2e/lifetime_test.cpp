@@ -35,7 +35,6 @@ TEST_F(Lifetime, RefusalsAndAnswersEndAtOnceWithoutTouchingAnyFileOrDisplay) {
   } rows[] = {
       {{}, nullptr, 0, ""},  // a required option missing: nothing to serve
       {{"--stay-alive-key=alive", "--channel=b"}, nullptr, 0, ""},
-      {{"--stay-alive-key=alive", "--launch-key=c"}, nullptr, 0, ""},
       {{"--channel=b", "--launch-key=c", "--stay-alive-key="}, nullptr, 0, ""},
       {{"--stay-alive-key=alive", "--channel", "--launch-key=c"}, nullptr, 0, ""},
       {{"--stay-alive-key=alive", "--channel=../up", "--launch-key=l"}, nullptr, 2, "--channel"},
@@ -48,17 +47,17 @@ TEST_F(Lifetime, RefusalsAndAnswersEndAtOnceWithoutTouchingAnyFileOrDisplay) {
     qem_test::ScopedEnv tmpdir("TMPDIR", row.tmpdir ? row.tmpdir : tmp().c_str());
     auto helper = StartHelper(row.line);
     EXPECT_EQ(helper.Wait(10s), row.status) << testing::PrintToString(row.line);
-    const std::string said = Stderr();
+    const std::string said = helper.Err();
     EXPECT_EQ(said.empty(), row.said.empty()) << said;
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), row.said.empty() ? 0 : 1) << said;
     EXPECT_NE(said.find(row.said), std::string::npos) << said;
-    const std::string printed = Stdout();
+    const std::string printed = helper.Out();
     EXPECT_EQ(printed.substr(0, row.printed.size()), row.printed) << printed;
     EXPECT_EQ(printed.empty(), row.printed.empty()) << printed;
   }
   alive.reset();
-  EXPECT_TRUE(Listing(tmp()).empty());
-  EXPECT_TRUE(Listing(prefs()).empty());
+  EXPECT_TRUE(qem_test::Listing(tmp()).empty());
+  EXPECT_TRUE(qem_test::Listing(prefs()).empty());
   EXPECT_FALSE(std::filesystem::exists(gone));
 }
 
@@ -69,11 +68,11 @@ TEST_F(Lifetime, TestModeIsChosenBeforeAnyOtherOptionIsRead) {
   // The console runs until it is closed: the server's options are never used, so nobody takes
   // the launch lock, and the stay-alive lock that nobody holds doesn't end it.
   EXPECT_EQ(helper.Wait(1s), -1);
-  EXPECT_FALSE(Occupied("launched"));
+  EXPECT_FALSE(qem_test::LockHeld("launched"));
   // A signal to end ends the console in order too.
   helper.Kill(SIGTERM);
   EXPECT_EQ(helper.Wait(10s), 0);
-  EXPECT_EQ(Stderr().find("qem_util:"), std::string::npos) << Stderr();
+  EXPECT_EQ(helper.Err().find("qem_util:"), std::string::npos) << helper.Err();
 }
 
 TEST_F(Lifetime, HelperTakesTheLaunchLockAndQuitsWhenTheStayAliveLockIsLetGo) {
@@ -82,31 +81,32 @@ TEST_F(Lifetime, HelperTakesTheLaunchLockAndQuitsWhenTheStayAliveLockIsLetGo) {
   auto args = ServerArgs();
   args.push_back("--test=false");  // anything but "true" is server mode
   auto helper = StartHelper(args);
-  EXPECT_TRUE(qem_test::WaitUntil([] { return Occupied("launched"); }, 2s));
+  EXPECT_TRUE(qem_test::WaitUntil([] { return qem_test::LockHeld("launched"); }, 2s));
   alive.reset();
   EXPECT_EQ(helper.Wait(2s), 0);
-  EXPECT_FALSE(Occupied("launched"));
+  EXPECT_FALSE(qem_test::LockHeld("launched"));
   // A stay-alive lock that nobody holds ends the next one on its first tick.
-  EXPECT_EQ(StartHelper(args, "next.txt").Wait(2s), 0);
-  EXPECT_TRUE(Listing(tmp()).empty()) << "a lock file was left behind";
-  EXPECT_EQ(Stderr().find("qem_util:"), std::string::npos) << Stderr();
+  EXPECT_EQ(StartHelper(args, "next").Wait(2s), 0);
+  EXPECT_TRUE(qem_test::Listing(tmp()).empty()) << "a lock file was left behind";
+  EXPECT_EQ(helper.Err().find("qem_util:"), std::string::npos) << helper.Err();
 }
 
 TEST_F(Lifetime, ASignalToEndEndsTheHelperAsTheStayAliveLocksReleaseDoes) {
   auto alive = lock_file::make("alive", log_file::make_null());
   for (int number : {SIGTERM, SIGINT, SIGHUP}) {
     auto helper = StartHelper(ServerArgs());
-    ASSERT_TRUE(qem_test::WaitUntil([] { return Occupied("launched"); }, 20s));
-    Send({R"({"obj_id":"p1","cmd":"create","type":"wprogress","style":3,"title":"Open"})"});
+    ASSERT_TRUE(qem_test::WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
+    qem_test::Send(
+        "cmd", {R"({"obj_id":"p1","cmd":"create","type":"wprogress","style":3,"title":"Open"})"});
     ASSERT_TRUE(qem_test::WaitUntil(
         [&] { return !std::filesystem::exists(prefs() / "qem.many_to_one.cmd.dir" / "data"); },
         20s));
     helper.Kill(number);
     EXPECT_EQ(helper.Wait(20s), 0) << strsignal(number);
     // Both of its locks released and their files removed: the launch lock, the receiver lock.
-    EXPECT_EQ(Listing(tmp()), std::vector<std::string>{"alive"}) << strsignal(number);
+    EXPECT_EQ(qem_test::Listing(tmp()), std::vector<std::string>{"alive"}) << strsignal(number);
     EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.r.cmd")) << strsignal(number);
-    EXPECT_EQ(Stderr().find("qem_util:"), std::string::npos) << Stderr();
+    EXPECT_EQ(helper.Err().find("qem_util:"), std::string::npos) << helper.Err();
   }
 }
 

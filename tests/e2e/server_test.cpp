@@ -47,25 +47,25 @@ class Server : public qem_test::HelperTest {
     alive = lock_file::make("alive", log_file::make_null());
     ASSERT_NE(alive, nullptr);
   }
-  bool Said(const std::string& text) {
-    return WaitUntil([&] { return Stderr().find(text) != std::string::npos; }, 20s);
+  static bool Said(const qem_test::Kept& helper, const std::string& text) {
+    return WaitUntil([&] { return helper.Err().find(text) != std::string::npos; }, 20s);
   }
   std::shared_ptr<lock_file> alive;
 };
 
 TEST_F(Server, LeftoversArePurgedBeforeTheLaunchLockSaysUp) {
-  Send({Telltale("stale")});
+  qem_test::Send("cmd", {Telltale("stale")});
   auto helper = StartHelper(ServerArgs());
-  ASSERT_TRUE(WaitUntil([] { return Occupied("launched"); }, 20s));
+  ASSERT_TRUE(WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
   EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.cmd.dir" / "data"));
-  Send({Telltale("fresh")});
-  EXPECT_TRUE(Said("\"fresh\"")) << Stderr();
-  EXPECT_EQ(Stderr().find("stale"), std::string::npos) << Stderr();
+  qem_test::Send("cmd", {Telltale("fresh")});
+  EXPECT_TRUE(Said(helper, "\"fresh\"")) << helper.Err();
+  EXPECT_EQ(helper.Err().find("stale"), std::string::npos) << helper.Err();
 }
 
 TEST_F(Server, ASecondHelperOnTheChannelExitsWithStatusThreeAndNeverSaysUp) {
-  auto first = StartHelper(ServerArgs());
-  ASSERT_TRUE(WaitUntil([] { return Occupied("launched"); }, 20s));
+  auto helper = StartHelper(ServerArgs());
+  ASSERT_TRUE(WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
   // A cleaner of the folders deletes the first one's lock files: it takes both again, so it
   // still says "up" and stays the one receiver of its channel.
   const auto receiver_lock = prefs() / "qem.many_to_one.r.cmd";
@@ -77,19 +77,19 @@ TEST_F(Server, ASecondHelperOnTheChannelExitsWithStatusThreeAndNeverSaysUp) {
                std::filesystem::exists(receiver_lock);
       },
       20s));
-  EXPECT_TRUE(Occupied("launched"));
+  EXPECT_TRUE(qem_test::LockHeld("launched"));
   auto second =
-      StartHelper({"--stay-alive-key=alive", "--channel=cmd", "--launch-key=second"}, "second.txt");
+      StartHelper({"--stay-alive-key=alive", "--channel=cmd", "--launch-key=second"}, "second");
   EXPECT_EQ(second.Wait(20s), 3);
-  const std::string said = Stderr("second.txt");
+  const std::string said = second.Err();
   EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
   EXPECT_NE(said.find("\"cmd\""), std::string::npos) << said;
   EXPECT_FALSE(std::filesystem::exists(tmp() / "second"));
   // The first one goes on serving.
-  Send({Telltale("still")});
-  EXPECT_TRUE(Said("\"still\"")) << Stderr();
-  EXPECT_TRUE(first.Running());
-  EXPECT_EQ(Stderr().find("receiver lock"), std::string::npos) << Stderr();
+  qem_test::Send("cmd", {Telltale("still")});
+  EXPECT_TRUE(Said(helper, "\"still\"")) << helper.Err();
+  EXPECT_TRUE(helper.Running());
+  EXPECT_EQ(helper.Err().find("receiver lock"), std::string::npos) << helper.Err();
 }
 
 TEST_F(Server, MemoryOfDeletedWindowsGoesBackToTheSystem) {
@@ -97,7 +97,7 @@ TEST_F(Server, MemoryOfDeletedWindowsGoesBackToTheSystem) {
     GTEST_SKIP() << "needs the system's allocator (the sanitizers' keeps freed memory) and /proc";
   }
   auto helper = StartHelper(ServerArgs());
-  ASSERT_TRUE(WaitUntil([] { return Occupied("launched"); }, 20s));
+  ASSERT_TRUE(WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
   const long before = MemoryKb(helper.pid(), "VmRSS:");
   // The command's rest for windows w0 to w<count - 1>, then a telltale; true once all are handled.
   auto each = [&](int count, const std::string& rest, const std::string& mark) {
@@ -106,15 +106,15 @@ TEST_F(Server, MemoryOfDeletedWindowsGoesBackToTheSystem) {
       messages.push_back(R"({"obj_id":"w)" + std::to_string(i) + R"(","cmd":")" + rest);
     }
     messages.push_back(Telltale(mark));
-    Send(messages);
-    return Said('"' + mark + '"');
+    qem_test::Send("cmd", messages);
+    return Said(helper, '"' + mark + '"');
   };
   const std::string create =
       R"(create","type":"wprogress","style":3,"btn_spec":[{"id":"a","text":"A"},{"id":"b","text":"B"}]})";
   // A few windows come and go first, as in a helper that has run a while: from then on the
   // allocator keeps what windows free in its heap, and only an explicit trim hands it back.
-  ASSERT_TRUE(each(20, create, "warm") && each(20, R"(delete"})", "cool")) << Stderr();
-  ASSERT_TRUE(each(300, create, "made") && each(300, R"(delete"})", "gone")) << Stderr();
+  ASSERT_TRUE(each(20, create, "warm") && each(20, R"(delete"})", "cool")) << helper.Err();
+  ASSERT_TRUE(each(300, create, "made") && each(300, R"(delete"})", "gone")) << helper.Err();
   const long with = MemoryKb(helper.pid(), "VmHWM:");
   auto after = [&] { return MemoryKb(helper.pid(), "VmRSS:"); };
   EXPECT_TRUE(WaitUntil([&] { return after() - before < (with - before) / 3; }, 10s))
@@ -126,8 +126,9 @@ TEST_F(Server, AChannelFolderThatOthersMayWriteToEndsTheHelperWithStatusFour) {
   const auto folder = prefs() / "qem.many_to_one.cmd.dir";
   std::filesystem::create_directory(folder);
   std::filesystem::permissions(folder, std::filesystem::perms::all);
-  EXPECT_EQ(StartHelper(ServerArgs()).Wait(20s), 4);
-  const std::string said = Stderr();
+  auto helper = StartHelper(ServerArgs());
+  EXPECT_EQ(helper.Wait(20s), 4);
+  const std::string said = helper.Err();
   EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
   EXPECT_NE(said.find(folder.string() + " is refused"), std::string::npos) << said;
   EXPECT_FALSE(std::filesystem::exists(tmp() / "launched"));

@@ -14,14 +14,12 @@ namespace {
 class JsonDumpTool : public qem_test::TempEnvTest {
  protected:
   // Runs the tool; gives its exit status and fills the two outputs.
-  int Run(const std::vector<std::string>& args, const std::string& input = "") {
-    std::vector<std::string> argv{QEM_JSON_DUMP_PATH};
-    argv.insert(argv.end(), args.begin(), args.end());
-    qem_test::WriteFile(root() / "in", input);
-    int status = qem_test::Spawn(argv, {root() / "in", root() / "out", root() / "err"}).Wait();
-    out = qem_test::ReadFile(root() / "out");
-    err = qem_test::ReadFile(root() / "err");
-    return status;
+  int Run(std::vector<std::string> args, const std::string& input = "") {
+    args.insert(args.begin(), QEM_JSON_DUMP_PATH);
+    auto ran = qem_test::Run(args, root(), input);
+    out = ran.out;
+    err = ran.err;
+    return ran.status;
   }
   std::string out, err;
 };

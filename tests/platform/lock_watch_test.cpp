@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <memory>
 
-#include "channel/lock_file.h"
 #include "support/process.h"
 #include "support/temp_env.h"
 
@@ -27,10 +26,6 @@ int Hold(const fs::path& file) {
   const int fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   EXPECT_EQ(::flock(fd, LOCK_EX | LOCK_NB), 0);
   return fd;
-}
-
-bool Held(const fs::path& file) {
-  return lock_file::make(platform::FolderItem(file), log_file::make_null()) == nullptr;
 }
 
 // What the watch tells within `limit`, drained; Nothing when it tells nothing.
@@ -49,7 +44,7 @@ TEST_F(LockWatchTest, TellsOnceTheLockIsLetGoHoldingNothingAndDeletingNothing) {
   ::close(holder);
   EXPECT_EQ(Told(*watch), Seen::Free);
   EXPECT_TRUE(fs::exists(file)) << "the watch deleted the file";
-  EXPECT_FALSE(Held(file)) << "the watch kept the lock";
+  EXPECT_FALSE(qem_test::LockHeld("alive")) << "the watch kept the lock";
 
   // Taken again and watched again: a watch that goes while it waits ends its wait and takes
   // nothing from the holder.
@@ -57,7 +52,7 @@ TEST_F(LockWatchTest, TellsOnceTheLockIsLetGoHoldingNothingAndDeletingNothing) {
   ASSERT_TRUE(watch->Watch(platform::FolderItem(file)));
   ASSERT_TRUE(qem_test::WaitUntil([&] { return qem_test::WaitsForLock(::getpid(), file); }, 20s));
   watch.reset();
-  EXPECT_TRUE(Held(file));
+  EXPECT_TRUE(qem_test::LockHeld("alive"));
   ::close(holder);
 }
 

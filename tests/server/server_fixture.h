@@ -1,10 +1,8 @@
 #pragma once
-// Shared by the command server tests: a server in this process on channel "cmd", replies on
-// "rep", whose windows the test reads back; the stay-alive lock held as the starting application
-// holds it; commands put in the channel by this process or by real sender processes.
+// Shared by the command server tests: a server in this process on channel "cmd", whose windows
+// the test reads back; the stay-alive lock held as the starting application holds it.
 
 #include <QCoreApplication>
-#include <QtTest/QTest>
 #include <chrono>
 #include <filesystem>
 #include <functional>
@@ -14,7 +12,7 @@
 #include <vector>
 
 #include "app/window_maker.h"
-#include "channel/many_to_one_sender.h"
+#include "channel/lock_file.h"
 #include "progress/wprogress.h"
 #include "server/qem_util.h"
 #include "support/process.h"
@@ -33,32 +31,12 @@ inline std::string Set(const std::string& id, const std::string& title) {
 
 class ServerTest : public TempEnvTest {
  protected:
-  void SetUp() override {
-    TempEnvTest::SetUp();
-    alive = lock_file::make("alive", log_file::make_null());
-    replies = many_to_one::receiver::make("rep", log_file::make_null());
-  }
-  void TearDown() override {
-    server.reset();
-    TempEnvTest::TearDown();
-  }
+  void SetUp() override { alive = lock_file::make("alive", log_file::make_null()); }
+  void TearDown() override { server.reset(); }
   void Start(qem_util::pacing pace = {}) {
     server = std::make_unique<qem_util>("alive", "cmd", "rep", "up", make_progress_window, pace);
   }
 
-  // Into the command channel from this process, in one critical section.
-  static void Put(const std::vector<std::string>& messages) {
-    auto op = std::make_shared<many_to_one::sender>("cmd", log_file::make_null())->op();
-    for (const auto& message : messages) op->write(message);
-  }
-  // From a sender process, one message per line of its input, in their order.
-  void SendFromProcess(const std::vector<std::string>& messages) {
-    std::string lines;
-    for (const auto& message : messages) lines += message + "\n";
-    WriteFile(root() / "input", lines);
-    auto sender = Spawn({QEM_CHANNEL_TOOL, "send", "cmd"}, {.stdin_path = root() / "input"});
-    ASSERT_EQ(sender.Wait(std::chrono::seconds(30)), 0);
-  }
   // Runs the loop, and with it the server's ticks, until the condition holds or the limit passes.
   static bool RunUntil(const std::function<bool()>& condition,
                        std::chrono::milliseconds limit = std::chrono::seconds(20)) {
@@ -80,7 +58,6 @@ class ServerTest : public TempEnvTest {
   std::filesystem::path Data() const { return prefs() / "qem.many_to_one.cmd.dir" / "data"; }
 
   std::shared_ptr<lock_file> alive;
-  std::shared_ptr<many_to_one::receiver> replies;
   std::unique_ptr<qem_util> server;
 };
 

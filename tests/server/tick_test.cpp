@@ -1,11 +1,9 @@
-// The server's tick against a real channel: what sender processes write reaches the windows in
-// order, many messages a tick but no more than a tick's time; a busy channel never blocks the
-// tick; a channel that can't be read is said once, not every tick; the first tick comes at once,
-// and a prober's moment on the receiver lock is waited out; the tick slows to a safety net only
-// while the watches can be relied on.
+// The server's tick against a real channel: many messages a tick, in order, but no more than a
+// tick's time; a channel that can't be read is said once, not every tick; the first tick comes
+// at once, and a prober's moment on the receiver lock is waited out; the tick slows to a safety
+// net only while the watches can be relied on.
 
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include <algorithm>
 #include <chrono>
@@ -24,37 +22,11 @@ using qem_test::Create;
 using qem_test::ServerTest;
 using qem_test::Set;
 
-bool Occupied(const std::string& name) {
-  return lock_file::make(name, log_file::make_null()) == nullptr;
-}
-
-TEST_F(ServerTest, SenderProcessDrivesWindowsAndAPressRepliesOnTheReplyChannel) {
-  Start();
-  SendFromProcess(
-      {Create("p1", "Copy", R"(,"style":3,"btn_spec":[{"id":"stop","text":"Stop"}])"),
-       Create("p2", "Other"), R"({"obj_id":"p1","cmd":"set","message":"Step 2","progress":0.5})",
-       R"({"obj_id":"p1","cmd":"push","style":1,"btn_spec":[{"id":"ok","text":"OK"}]})"});
-  ASSERT_TRUE(RunUntil([&] { return Window("p1") && Window("p1")->stack.size() == 2; }));
-  wProgress& p1 = *Window("p1");
-  QTest::mouseClick(p1.btn(0).Widget(), Qt::LeftButton);
-  // The reply's sender holds nothing between messages: no entry lock of the reply channel.
-  EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.rep"));
-  EXPECT_EQ(replies->op()->read(), R"({"obj_id":"p1","cmd":"pressed","btn_id":"ok"})");
-  // The push is gone and the state below shows again, as "set" left it.
-  EXPECT_EQ(p1.btn(0).Caption(), "Stop");
-  EXPECT_EQ(p1.Label1().Text(), "Step 2");
-  EXPECT_EQ(p1.ProgressBar1().Value(), 500);
-
-  SendFromProcess({R"({"obj_id":"p1","cmd":"delete"})"});
-  ASSERT_TRUE(RunUntil([&] { return Window("p1") == nullptr; }));
-  EXPECT_EQ(TitleOf("p2"), "Other");
-}
-
 TEST_F(ServerTest, ATickHandlesWhatWaitsInOrderUntilItsTimeIsUsed) {
   Start();
   // The first window of a process loads its fonts, which can take a tick's time on its own.
   server->process(Create("p1", "0"));
-  Put({Set("p1", "1"), Set("p1", "2"), Set("p1", "3")});
+  qem_test::Send("cmd", {Set("p1", "1"), Set("p1", "2"), Set("p1", "3")});
   server->poll();
   EXPECT_EQ(TitleOf("p1"), "3");
   EXPECT_FALSE(std::filesystem::exists(Data()));
@@ -66,7 +38,7 @@ TEST_F(ServerTest, ATickHandlesWhatWaitsInOrderUntilItsTimeIsUsed) {
     sets.push_back(R"({"obj_id":"p1","cmd":"set","title":")" + std::to_string(i) +
                    R"(","message":")" + std::string(300, 'w') + " " + std::to_string(i) + "\"}");
   }
-  Put(sets);
+  qem_test::Send("cmd", sets);
   int last = 0;
   for (int tick = 0; tick < kSets && last < kSets; ++tick) {
     server->poll();
@@ -77,20 +49,6 @@ TEST_F(ServerTest, ATickHandlesWhatWaitsInOrderUntilItsTimeIsUsed) {
     last = now;
   }
   EXPECT_EQ(last, kSets);
-}
-
-TEST_F(ServerTest, ABusyChannelMakesTheTickReadNothingAndWaitForNobody) {
-  Start();
-  Put({Create("p1", "A")});
-  auto holder = qem_test::Spawn(
-      {QEM_CHANNEL_HELPER, "hold-lock", prefs() / "qem.many_to_one.cmd", root() / "held"});
-  ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(root() / "held"); }, 10s));
-  server->poll();  // a tick that waited for the holder would never come back
-  EXPECT_EQ(Window("p1"), nullptr);
-  holder.Kill(SIGKILL);
-  holder.Wait(10s);
-  server->poll();
-  EXPECT_EQ(TitleOf("p1"), "A");
 }
 
 TEST_F(ServerTest, AChannelThatCantBeReadIsSaidWhenItBeginsAndEndsAndServedAgain) {
@@ -104,7 +62,7 @@ TEST_F(ServerTest, AChannelThatCantBeReadIsSaidWhenItBeginsAndEndsAndServedAgain
   EXPECT_NE(said.find("symbolic link"), std::string::npos) << said;
 
   std::filesystem::remove(Data());
-  Put({Create("p1", "A")});
+  qem_test::Send("cmd", {Create("p1", "A")});
   testing::internal::CaptureStderr();
   for (int tick = 0; tick < 40; ++tick) server->poll();
   said = testing::internal::GetCapturedStderr();
@@ -121,11 +79,11 @@ TEST_F(ServerTest, TheFirstTickComesAtOnceAndAProberIsWaitedOut) {
   Start();
   let_go.join();
   QCoreApplication::processEvents();
-  EXPECT_TRUE(Occupied("up")) << "no server, or its launch lock waits for a period";
+  EXPECT_TRUE(qem_test::LockHeld("up")) << "no server, or its launch lock waits for a period";
   // Held from then on, tick after tick.
   for (int tick = 0; tick < 2; ++tick) {
     server->poll();
-    EXPECT_TRUE(Occupied("up")) << tick;
+    EXPECT_TRUE(qem_test::LockHeld("up")) << tick;
   }
 }
 

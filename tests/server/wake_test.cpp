@@ -50,7 +50,7 @@ using Wake = qem_test::ServerTest;
 TEST_F(Wake, WokenStepsAloneBringEachMessageButNeverInsideTheCaller) {
   Start(kByHand);
   ASSERT_TRUE(RunUntil([&] { return server->steps().ticks == 1; }));  // the first tick, at once
-  Put({Create("p1", "A")});
+  qem_test::Send("cmd", {Create("p1", "A")});
   server->wake();
   EXPECT_EQ(Window("p1"), nullptr) << "the step ran inside the call";
   ASSERT_TRUE(RunUntil([&] { return TitleOf("p1") == "A"; }));
@@ -74,26 +74,27 @@ TEST_F(Wake, TheTickTakesOverAStreamAndAFolderMadeAnewAndHandsBack) {
   ASSERT_TRUE(RunUntil([&] { return server->steps().ticks == 1; }));
   server->process(Create("p1", "A"));
   // Two messages in one step: a stream, left to the tick until it finds the channel empty.
-  Put({Set("p1", "B"), Set("p1", "C")});
+  qem_test::Send("cmd", {Set("p1", "B"), Set("p1", "C")});
   ASSERT_TRUE(RunUntil([&] { return TitleOf("p1") == "C"; }));
   EXPECT_EQ(server->tick_period(), kHour) << "a stream read by the safety net";
-  Put({Set("p1", "D")});
+  qem_test::Send("cmd", {Set("p1", "D")});
   EXPECT_FALSE(RunUntil([&] { return TitleOf("p1") == "D"; }, 200ms)) << "woken during a stream";
   server->poll();
   EXPECT_EQ(TitleOf("p1"), "D");
   server->poll();
-  Put({Set("p1", "E")});
+  qem_test::Send("cmd", {Set("p1", "E")});
   EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "E"; })) << "not handed back";
 
   // The folder goes (told as a change too): the short tick looks until it is back; the tick that
   // reads what its sender made anew watches it again, and the safety net takes over.
   std::filesystem::remove(Data().parent_path());
   ASSERT_TRUE(RunUntil([&] { return server->tick_period() == kHour; })) << "gone, not seen";
-  SendFromProcess({Set("p1", "F")});
+  ASSERT_EQ(qem_test::Run({QEM_CHANNEL_TOOL, "send", "cmd"}, root(), Set("p1", "F") + "\n").status,
+            0);
   server->poll();
   EXPECT_EQ(TitleOf("p1"), "F");
   EXPECT_EQ(server->tick_period(), 2 * kHour);
-  Put({Set("p1", "G")});
+  qem_test::Send("cmd", {Set("p1", "G")});
   EXPECT_TRUE(RunUntil([&] { return TitleOf("p1") == "G"; })) << "the folder is not watched";
 }
 

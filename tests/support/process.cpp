@@ -7,10 +7,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <thread>
+
+#include "channel/lock_file.h"
+#include "channel/many_to_one_sender.h"
+#include "support/temp_env.h"
 
 namespace qem_test {
 
@@ -89,6 +95,44 @@ Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options) {
   return Child(pid);
 }
 
+Kept::Kept(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+           const std::string& name, SpawnOptions options)
+    : out_(folder / (name + ".out")), err_(folder / (name + ".err")) {
+  options.stdout_path = out_;
+  options.stderr_path = err_;
+  Child::operator=(Spawn(argv, options));
+}
+
+std::string Kept::Out() const {
+  return ReadFile(out_);
+}
+
+std::string Kept::Err() const {
+  return ReadFile(err_);
+}
+
+Ran Run(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+        const std::string& input, long long file_size_limit) {
+  WriteFile(folder / "run.in", input);
+  Kept run(argv, folder, "run",
+           {.stdin_path = folder / "run.in", .file_size_limit = file_size_limit});
+  const int status = run.Wait();
+  return {status, run.Out(), run.Err()};
+}
+
+bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+  auto deadline = std::chrono::steady_clock::now() + limit;
+  for (;;) {
+    if (condition()) return true;
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+bool LockHeld(const std::string& name) {
+  return lock_file::make(name, log_file::make_null()) == nullptr;
+}
+
 bool WaitsForLock(pid_t pid, const std::filesystem::path& file) {
   struct stat st;
   if (::stat(file.c_str(), &st) != 0) return false;
@@ -105,13 +149,33 @@ bool WaitsForLock(pid_t pid, const std::filesystem::path& file) {
   return false;
 }
 
-bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-  auto deadline = std::chrono::steady_clock::now() + limit;
-  for (;;) {
-    if (condition()) return true;
-    if (std::chrono::steady_clock::now() >= deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+std::optional<long> Wakeups(pid_t pid) {
+  const std::filesystem::path tasks = "/proc/" + std::to_string(pid) + "/task";
+  std::error_code missing;
+  std::optional<long> sum;
+  for (const auto& entry : std::filesystem::directory_iterator(tasks, missing)) {
+    std::ifstream in(entry.path() / "status");
+    for (std::string line; std::getline(in, line);) {
+      if (line.rfind("voluntary_ctxt_switches:", 0) == 0) {
+        sum = sum.value_or(0) + std::stol(line.substr(line.find(':') + 1));
+      }
+    }
   }
+  return sum;
+}
+
+std::vector<std::string> Listing(const std::filesystem::path& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+void Send(const std::string& channel, const std::vector<std::string>& messages) {
+  auto op = std::make_shared<many_to_one::sender>(channel, log_file::make_null())->op();
+  for (const auto& message : messages) op->write(message);
 }
 
 }  // namespace qem_test

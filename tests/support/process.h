@@ -1,12 +1,17 @@
 #pragma once
 // Real child processes for cross-process tests: fork and exec with the test's environment
-// (so a child sees the test's HOME, XDG_CONFIG_HOME and TMPDIR), wait with a time limit, kill.
+// (so a child sees the test's HOME, XDG_CONFIG_HOME and TMPDIR), wait with a time limit, kill;
+// their output kept in files to read back while they run or once they have ended. And what a
+// test sees of other processes from outside, as the starting application would: locks held or
+// waited for, how often a process was woken, what lies in a folder; and commands put in a
+// channel as that application puts them.
 
 #include <sys/types.h>
 
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,9 +50,46 @@ class Child {
 // Starts argv[0] (a path) with the arguments. Aborts the test binary if fork fails.
 Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options = {});
 
+// A child whose stdout and stderr are kept in `folder`, in <name>.out and <name>.err (made
+// afresh); the options' own stdout and stderr are not used.
+class Kept : public Child {
+ public:
+  Kept(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+       const std::string& name, SpawnOptions options = {});
+  std::string Out() const;
+  std::string Err() const;
+
+ private:
+  std::filesystem::path out_, err_;
+};
+
+// What a program that ran gave: its status as Child::Wait gives it, its stdout and its stderr.
+struct Ran {
+  int status;
+  std::string out, err;
+};
+
+// Runs argv with `input` on its stdin and waits up to a minute for its end (a child still
+// running then is killed: status -1). Its files lie in `folder`, named "run.*".
+Ran Run(const std::vector<std::string>& argv, const std::filesystem::path& folder,
+        const std::string& input = "", long long file_size_limit = 0);
+
+// True when somebody holds the lock `name` of the temporary folder: our own attempt fails.
+bool LockHeld(const std::string& name);
+
 // True while process `pid` waits to take the flock of `file`, as the kernel lists it in
 // /proc/locks; always false where there is no such list.
 bool WaitsForLock(pid_t pid, const std::filesystem::path& file);
+
+// How often the threads of a process have gone to sleep and were woken since they began: their
+// voluntary context switches. nullopt without /proc.
+std::optional<long> Wakeups(pid_t pid);
+
+// The names of what lies in a folder, sorted.
+std::vector<std::string> Listing(const std::filesystem::path& folder);
+
+// Writes the messages to `channel` in one stay inside it, in their order.
+void Send(const std::string& channel, const std::vector<std::string>& messages);
 
 // Polls the condition every 5 ms until it holds or the limit passes; true if it held.
 bool WaitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);

@@ -1,31 +1,18 @@
 #pragma once
 // A fixture that gives each test its own private folders (see PrivateFolders), so that tests
-// never meet each other's locks or channels, also under `ctest -j`.
+// never meet each other's locks or channels, also under `ctest -j`. The folders come before
+// anything of the test's own and go after it.
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <memory>
 #include <string>
 
 #include "support/private_folders.h"
 
 namespace qem_test {
 
-class TempEnvTest : public ::testing::Test {
- protected:
-  void SetUp() override { folders_ = std::make_unique<PrivateFolders>(); }
-  void TearDown() override { folders_.reset(); }
-
-  // The test's own folder, and within it the temporary, preferences and runtime folders.
-  const std::filesystem::path& root() const { return folders_->root(); }
-  std::filesystem::path tmp() const { return folders_->tmp(); }
-  std::filesystem::path prefs() const { return folders_->prefs(); }
-  std::filesystem::path runtime() const { return folders_->runtime(); }
-
- private:
-  std::unique_ptr<PrivateFolders> folders_;
-};
+class TempEnvTest : public ::testing::Test, public PrivateFolders {};
 
 // The whole content of a file, or "<missing>" when it can't be read.
 std::string ReadFile(const std::filesystem::path& path);

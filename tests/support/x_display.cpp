@@ -7,12 +7,13 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "support/temp_env.h"
-
 namespace qem_test {
 
 using namespace std::chrono_literals;
 
+namespace {
+
+// The full path of a program on PATH, or "".
 std::string OnPath(const std::string& program) {
   std::istringstream path(std::getenv("PATH") ? std::getenv("PATH") : "");
   for (std::string dir; std::getline(path, dir, ':');) {
@@ -22,20 +23,22 @@ std::string OnPath(const std::string& program) {
   return "";
 }
 
+}  // namespace
+
 std::string XDisplay::Missing() {
-  if (OnPath("Xvfb").empty()) return "Xvfb";
-  if (OnPath("xdotool").empty()) return "xdotool";
+  for (const char* program : {"Xvfb", "xdotool"}) {
+    if (OnPath(program).empty()) return program;
+  }
   return "";
 }
 
 XDisplay::XDisplay(const std::filesystem::path& folder, const std::string& screen)
-    : folder_(folder) {
-  const auto number = folder / "display";
-  // Xvfb picks a free display and writes its number to its output.
-  server_ = Spawn({OnPath("Xvfb"), "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", screen},
-                  {.stdout_path = number, .stderr_path = folder / "xvfb.txt"});
+    // Xvfb picks a free display and writes its number to its output.
+    : folder_(folder),
+      server_({OnPath("Xvfb"), "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", screen},
+              folder, "xvfb") {
   std::string seen;
-  if (!WaitUntil([&] { return (seen = ReadFile(number)).find('\n') != seen.npos; }, 60s)) return;
+  if (!WaitUntil([&] { return (seen = server_.Out()).find('\n') != seen.npos; }, 60s)) return;
   name_ = std::string(":").append(seen, 0, seen.find('\n'));
   environment_.push_back(std::make_unique<ScopedEnv>("QT_QPA_PLATFORM", "xcb"));
   environment_.push_back(std::make_unique<ScopedEnv>("DISPLAY", name_.c_str()));
@@ -49,30 +52,28 @@ XDisplay::~XDisplay() {
   server_.Wait(30s);
 }
 
-std::string XDisplay::Log() const {
-  return ReadFile(folder_ / "xvfb.txt");
-}
-
-int XDisplay::Xdotool(const std::vector<std::string>& args, std::string& out) const {
-  std::vector<std::string> argv = {OnPath("xdotool")};
-  argv.insert(argv.end(), args.begin(), args.end());
-  const auto file = folder_ / "xdotool.out";
-  int status = Spawn(argv, {.stdout_path = file, .stderr_path = "/dev/null"}).Wait(30s);
-  out = ReadFile(file);
-  return status;
-}
-
 std::string XDisplay::MappedWindow(const std::string& title) const {
-  std::string out;
-  if (Xdotool({"search", "--onlyvisible", "--name", "^" + title + "$"}, out) != 0) return "";
-  return out.substr(0, out.find('\n'));
+  const Ran found =
+      Run({OnPath("xdotool"), "search", "--onlyvisible", "--name", "^" + title + "$"}, folder_);
+  return found.status == 0 ? found.out.substr(0, found.out.find('\n')) : "";
 }
 
 bool XDisplay::Click(const std::string& window, int x, int y) const {
-  std::string ignored;
-  return Xdotool(
-             {"mousemove", "--window", window, std::to_string(x), std::to_string(y), "click", "1"},
-             ignored) == 0;
+  return Run({OnPath("xdotool"), "mousemove", "--window", window, std::to_string(x),
+              std::to_string(y), "click", "1"},
+             folder_)
+             .status == 0;
+}
+
+std::optional<std::pair<int, int>> ButtonAt(const std::string& places_tool,
+                                            const std::filesystem::path& folder,
+                                            const std::string& create, const std::string& id) {
+  std::istringstream lines(Run({places_tool, "--places", create}, folder).out);
+  std::string name;
+  for (int x, y; lines >> name >> x >> y;) {
+    if (name == id) return std::make_pair(x, y);
+  }
+  return std::nullopt;
 }
 
 }  // namespace qem_test

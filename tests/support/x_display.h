@@ -1,12 +1,13 @@
 #pragma once
-// A private X server for tests and benchmarks that need a real one: Xvfb on a display it picks
-// itself, with the environment for programs started meanwhile (the xcb platform, that display,
-// no session bus), and xdotool to look at windows and press buttons from outside, as a user
-// would.
+// A private X server for tests that need a real one: Xvfb on a display it picks itself, with the
+// environment for programs started meanwhile (the xcb platform, that display, no session bus),
+// and xdotool to find windows and press buttons from outside, as a user would.
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/process.h"
@@ -30,26 +31,27 @@ class XDisplay {
   XDisplay& operator=(const XDisplay&) = delete;
 
   bool ready() const { return !name_.empty(); }
-  const std::string& name() const { return name_; }
   // What Xvfb said, for a failure message.
-  std::string Log() const;
+  std::string Log() const { return server_.Err(); }
 
-  // Runs xdotool with the arguments, waiting up to 30 s; gives its exit status, its output in
-  // `out`.
-  int Xdotool(const std::vector<std::string>& args, std::string& out) const;
   // The id of a mapped window whose title is exactly `title`, or "".
   std::string MappedWindow(const std::string& title) const;
-  // Clicks with the first button at (x, y) of the window's own area.
+  // Clicks with the first button at (x, y) of the window's own area; false if xdotool failed.
   bool Click(const std::string& window, int x, int y) const;
 
  private:
   std::filesystem::path folder_;
-  Child server_;
+  Kept server_;
   std::string name_;
   std::vector<std::unique_ptr<ScopedEnv>> environment_;
 };
 
-// The full path of a program on PATH, or "".
-std::string OnPath(const std::string& program);
+// The centre (x, y) of button `id` in the client area of a window made from `create` (a "create"
+// command's JSON), as the layout places it: the lines "ID X Y" that `places_tool` (a progress
+// window tool run with --places) prints. nullopt when the window shows no such button. Runs the
+// tool with its files in `folder`.
+std::optional<std::pair<int, int>> ButtonAt(const std::string& places_tool,
+                                            const std::filesystem::path& folder,
+                                            const std::string& create, const std::string& id);
 
 }  // namespace qem_test
