@@ -33,17 +33,17 @@ inline std::unique_ptr<wProgress> MakeWindow(
   return w;
 }
 
-inline long TotalWrites(const wProgress& w) {
-  long total = w.Writes().Total() + w.ProgressBar1().Writes().Total() + w.Label1().Writes().Total();
-  for (const auto* b : w.btns()) total += b->Writes().Total();
-  return total;
-}
-
-inline void ResetWrites(wProgress& w) {
+// The writes to the window and its controls since the last call; counting starts afresh.
+inline long TakeWrites(wProgress& w) {
+  long total = w.Writes().Total();
   w.ResetWrites();
-  w.ProgressBar1().ResetWrites();
-  w.Label1().ResetWrites();
-  for (auto* b : w.btns()) b->ResetWrites();
+  std::vector<platform::DesktopUIControl*> controls = {&w.ProgressBar1(), &w.Label1()};
+  for (auto* b : w.btns()) controls.push_back(b);
+  for (auto* c : controls) {
+    total += c->Writes().Total();
+    c->ResetWrites();
+  }
+  return total;
 }
 
 // What a user sees of a window, enough to tell one state from another.

@@ -74,6 +74,7 @@ TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows)
     const char* name;
     progress_state state;
     const char* look;
+    std::string shown = "";  // the label's text before this layout
   };
   const Case cases[] = {
       {"bar and buttons, half done", State(3, kTwoLines, {"Stop", "Skip file"}, 0.5),
@@ -84,9 +85,15 @@ TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows)
        "Backup"},
       {"one button centred", State(1, "Copying", {"Stop"}),
        "label 20,20,490,17 | 0 230,57,67,22 | bar- 20,57,190,20 0/1000 | 97 | Backup"},
+      // The label keeps its text when the message changes in letter case only, and its height
+      // is that of the text it keeps.
+      {"label keeps its letter case", State(1, "Copying"),
+       "label 20,20,490,34 | bar- 20,74,245,20 0/1000 | 114 | Backup", "COPYING"},
+      {"label takes the new message", State(1, "Copying"),
+       "label 20,20,490,17 | bar- 20,57,245,20 0/1000 | 97 | Backup", "Other"},
       {"every flag, truncated", State(7, kTwoLines, {"Stop"}, 0.9999),
        "label 20,20,490,34 | 0 442,74,67,22 | bar 20,74,402,20 999/1000 | 114 | Backup | hidden"},
-      {"style none, busy", State(0, "Copying", {}, -0.25),
+      {"style none, busy", State(0, "Copying", {}, -1e300),
        "label- 20,0,490,0 | bar- 20,20,245,20 busy | 60 | Copying"},
       {"no style, negative zero", State(std::nullopt, "Copying", {}, -0.0),
        "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying"},
@@ -94,6 +101,8 @@ TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows)
        "label- 20,0,490,0 | bar- 20,20,245,20 1000/1000 | 60 | Copying"},
       {"bar alone, past the end", State(2, "Copying", {}, 1.5),
        "label- 20,0,490,0 | bar 20,20,490,20 1500/1000 | 60 | Copying"},
+      {"past the range of the scale", State(2, "Copying", {}, 1e300),
+       "label- 20,0,490,0 | bar 20,20,490,20 9223372036854775807/1000 | 60 | Copying"},
       {"hidden", State(4, "Copying"),
        "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying | hidden"},
       {"empty captions and a fifth entry", State(2, "Copying", {"", "", "", "d", "e"}),
@@ -102,14 +111,7 @@ TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows)
       {"too wide for the row", State(2, "Copying", {too_wide}),
        "label- 20,0,490,0 | 0 -110,20,620,22 | bar 20,20,-150,20 0/1000 | 60 | Copying"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Look(Compute(c.state)), c.look) << c.name;
-}
-
-// The label keeps its text when the message changes in letter case only, and so its height must
-// be that of the text it keeps.
-TEST(ProgressLayout, TheLabelIsMeasuredWithTheTextItShows) {
-  EXPECT_EQ(Compute(State(1, "Copying"), "COPYING").label.height, 34);
-  EXPECT_EQ(Compute(State(1, "Copying"), "Other").label.height, 17);
+  for (const auto& c : cases) EXPECT_EQ(Look(Compute(c.state, c.shown)), c.look) << c.name;
 }
 
 }  // namespace
