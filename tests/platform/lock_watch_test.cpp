@@ -33,14 +33,13 @@ bool Held(const fs::path& file) {
   return lock_file::make(platform::FolderItem(file), log_file::make_null()) == nullptr;
 }
 
-// What the watch tells within `limit`, drained; Nothing when it tells nothing.
-Seen Told(platform::LockWatch& watch, std::chrono::milliseconds limit = 20s) {
+// What the watch tells within 20 s, drained; Nothing when it tells nothing.
+Seen Told(platform::LockWatch& watch) {
   pollfd ready{watch.Descriptor(), POLLIN, 0};
-  if (::poll(&ready, 1, static_cast<int>(limit.count())) <= 0) return Seen::Nothing;
-  return watch.Drain();
+  return ::poll(&ready, 1, 20'000) > 0 ? watch.Drain() : Seen::Nothing;
 }
 
-TEST_F(LockWatchTest, TellsOnceTheLockIsLetGoHoldingNothingAndDeletingNothing) {
+TEST_F(LockWatchTest, TellsOnceTheLockIsFreeHoldingNothingDeletingNothingFollowingNoLink) {
   const fs::path file = tmp() / "alive";
   int holder = Hold(file);
   auto watch = std::make_unique<platform::LockWatch>();
@@ -59,9 +58,8 @@ TEST_F(LockWatchTest, TellsOnceTheLockIsLetGoHoldingNothingAndDeletingNothing) {
   watch.reset();
   EXPECT_TRUE(Held(file));
   ::close(holder);
-}
 
-TEST_F(LockWatchTest, AMissingFileIsFreeAndASymbolicLinkIsNeverFollowed) {
+  // A missing file is free; a symbolic link is never followed.
   platform::LockWatch missing, link;
   ASSERT_TRUE(missing.Watch(platform::FolderItem(tmp() / "gone")));
   EXPECT_EQ(Told(missing), Seen::Free);

@@ -142,14 +142,4 @@ TEST(Records, SpecsReadOnlyIdAndTextAndTheStandInsAreSharedAndHidden) {
   EXPECT_FALSE(button_spec::dummy(2)->visible);
 }
 
-// Only the order of styles, which the layout never uses: above nil, and by value.
-TEST(Records, AStyleComparesAboveNilAndByValue) {
-  using progress_helpers::prog_style;
-  const prog_style two = prog_style::has_progress();
-  EXPECT_EQ(prog_style::none().Compare(nullptr), -1);
-  EXPECT_EQ(prog_style::hidden().Compare(&two), 1);
-  EXPECT_EQ(prog_style::has_message().Compare(&two), -1);
-  EXPECT_EQ(two.Compare(&two), 0);
-}
-
 }  // namespace
