@@ -8,15 +8,21 @@
 #include <vector>
 
 #include "json/tree_dictionary.h"
+#include "platform/exceptions.h"
 #include "progress/wprogress.h"
 #include "table_measurer.h"
 
 namespace qem_test {
 
+// Keeps each reply; once `fail` is set, throws as a reply channel that is gone.
 class RecordingForwarder : public message_forwarder {
  public:
-  void write(const std::string& message) override { replies.push_back(message); }
+  void write(const std::string& message) override {
+    if (fail) throw platform::IOException("reply channel gone");
+    replies.push_back(message);
+  }
   std::vector<std::string> replies;
+  bool fail = false;
 };
 
 inline std::shared_ptr<platform::Dictionary> Command(const std::string& json) {
@@ -35,14 +41,13 @@ inline std::unique_ptr<wProgress> MakeWindow(
 
 // The writes to the window and its controls since the last call; counting starts afresh.
 inline long TakeWrites(wProgress& w) {
-  long total = w.Writes().Total();
-  w.ResetWrites();
-  std::vector<platform::DesktopUIControl*> controls = {&w.ProgressBar1(), &w.Label1()};
-  for (auto* b : w.btns()) controls.push_back(b);
-  for (auto* c : controls) {
-    total += c->Writes().Total();
-    c->ResetWrites();
-  }
+  const auto take = [](auto& counted) {
+    const long writes = counted.Writes().Total();
+    counted.ResetWrites();
+    return writes;
+  };
+  long total = take(w) + take(w.ProgressBar1()) + take(w.Label1());
+  for (auto* b : w.btns()) total += take(*b);
   return total;
 }
 

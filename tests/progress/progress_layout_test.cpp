@@ -22,11 +22,8 @@ const std::string kTwoLines = "Copying 1,204 files from the project to the backu
 progress_state State(std::optional<std::int64_t> style, const std::string& message,
                      const std::vector<std::string>& captions = {}, double progress = 0.0) {
   progress_state s;
-  if (style) {
-    auto flags = prog_style::none();
-    flags = *style;
-    s.style = flags;
-  }
+  if (style) s.style = prog_style::none();
+  if (style) *s.style = *style;
   s.title = "Backup";
   s.msg = message;
   s.progress = progress;
@@ -83,8 +80,6 @@ TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows)
       {"buttons centred without a bar", State(1, kTwoLines, {"Stop", "Skip file"}),
        "label 20,20,490,34 | 1 179,74,81,22 | 0 281,74,67,22 | bar- 20,74,139,20 0/1000 | 114 | "
        "Backup"},
-      {"one button centred", State(1, "Copying", {"Stop"}),
-       "label 20,20,490,17 | 0 230,57,67,22 | bar- 20,57,190,20 0/1000 | 97 | Backup"},
       // The label keeps its text when the message changes in letter case only, and its height
       // is that of the text it keeps.
       {"label keeps its letter case", State(1, "Copying"),
@@ -93,18 +88,14 @@ TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows)
        "label 20,20,490,17 | bar- 20,57,245,20 0/1000 | 97 | Backup", "Other"},
       {"every flag, truncated", State(7, kTwoLines, {"Stop"}, 0.9999),
        "label 20,20,490,34 | 0 442,74,67,22 | bar 20,74,402,20 999/1000 | 114 | Backup | hidden"},
-      {"style none, busy", State(0, "Copying", {}, -1e300),
-       "label- 20,0,490,0 | bar- 20,20,245,20 busy | 60 | Copying"},
       {"no style, negative zero", State(std::nullopt, "Copying", {}, -0.0),
        "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying"},
-      {"unknown flag, done", State(8, "Copying", {}, 1.0),
-       "label- 20,0,490,0 | bar- 20,20,245,20 1000/1000 | 60 | Copying"},
+      {"an unknown flag alone, busy", State(8, "Copying", {}, -1e300),
+       "label- 20,0,490,0 | bar- 20,20,245,20 busy | 60 | Copying"},
       {"bar alone, past the end", State(2, "Copying", {}, 1.5),
        "label- 20,0,490,0 | bar 20,20,490,20 1500/1000 | 60 | Copying"},
       {"past the range of the scale", State(2, "Copying", {}, 1e300),
        "label- 20,0,490,0 | bar 20,20,490,20 9223372036854775807/1000 | 60 | Copying"},
-      {"hidden", State(4, "Copying"),
-       "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying | hidden"},
       {"empty captions and a fifth entry", State(2, "Copying", {"", "", "", "d", "e"}),
        "label- 20,0,490,0 | 3 360,20,30,22 | 2 410,20,20,22 | 1 450,20,20,22 | 0 490,20,20,22 | "
        "bar 20,20,320,20 0/1000 | 60 | Copying"},
