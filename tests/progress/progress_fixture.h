@@ -2,7 +2,6 @@
 // Shared by the progress window tests: a forwarder that keeps its replies, commands written as
 // JSON, write counts over a window and its controls, what a user sees of it.
 
-#include <QtTest/QTest>
 #include <memory>
 #include <string>
 #include <vector>
@@ -58,11 +57,6 @@ inline std::string LookOf(const wProgress& w) {
                      std::to_string(w.ProgressBar1().Value()) + "|" + std::to_string(w.Height());
   for (const auto* b : w.btns()) look += b->Visible() ? "|" + b->Caption() : "";
   return look;
-}
-
-// A click with the mouse, as the user makes it.
-inline void Press(wProgress& w, int index) {
-  QTest::mouseClick(w.btn(index).Widget(), Qt::LeftButton);
 }
 
 }  // namespace qem_test

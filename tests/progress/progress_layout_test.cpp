@@ -22,8 +22,10 @@ const std::string kTwoLines = "Copying 1,204 files from the project to the backu
 progress_state State(std::optional<std::int64_t> style, const std::string& message,
                      const std::vector<std::string>& captions = {}, double progress = 0.0) {
   progress_state s;
-  if (style) s.style = prog_style::none();
-  if (style) *s.style = *style;
+  if (style) {
+    s.style = prog_style::none();
+    *s.style = *style;
+  }
   s.title = "Backup";
   s.msg = message;
   s.progress = progress;

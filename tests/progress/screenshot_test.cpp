@@ -45,9 +45,8 @@ TEST_F(Screenshot, ControlsAreDrawnWhereTheLayoutPutThemAtTheScreensScale) {
     // A rectangle of the layout, in points, as device pixels of the picture.
     const auto device = [&](QRect r) { return QRect(r.topLeft() * scale, r.size() * scale); };
     const int height = static_cast<int>(w->Height());
-    const QPixmap shot = w->Widget()->grab();
-    const QImage image = shot.toImage();
-    ASSERT_EQ(shot.devicePixelRatio(), scale) << file;
+    const QImage image = w->Widget()->grab().toImage();
+    ASSERT_EQ(image.devicePixelRatio(), scale) << file;
     ASSERT_EQ(image.size(), QSize(530, height) * scale) << file;
     ASSERT_TRUE(image.save(QString::fromStdString((tmp() / file).string())));
     if (const char* dir = std::getenv("QEM_SCREENSHOT_DIR")) {
