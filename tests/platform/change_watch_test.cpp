@@ -25,7 +25,6 @@ TEST_F(ChangeWatchTest, TellsOfTheFileBeingMadeAndGrowingAndOfNoOtherFile) {
   const auto append = [&](const char* name) { std::ofstream(folder / name, std::ios::app) << "x"; };
   const auto told = [&] { return watch.Wait(10'000); };  // generous: the machine may be slow
 
-  EXPECT_FALSE(watch.Wait(50)) << "told with nothing written";
   append("data");
   EXPECT_TRUE(told()) << "made";
   append("data");

@@ -9,18 +9,13 @@
 
 namespace {
 
-class GuiEnvironment : public ::testing::Environment {
- public:
-  void SetUp() override {
-    application_ = std::make_unique<platform::DesktopApplication>(argc_, argv_);
-  }
-  void TearDown() override { application_.reset(); }
-
- private:
-  int argc_ = 1;
-  char name_[16] = "qem_gui_test";
-  char* argv_[2] = {name_, nullptr};
-  std::unique_ptr<platform::DesktopApplication> application_;
+struct GuiEnvironment : ::testing::Environment {
+  void SetUp() override { app = std::make_unique<platform::DesktopApplication>(argc, argv); }
+  void TearDown() override { app.reset(); }
+  int argc = 1;
+  char name[16] = "qem_gui_test";
+  char* argv[2] = {name, nullptr};
+  std::unique_ptr<platform::DesktopApplication> app;
 };
 
 [[maybe_unused]] ::testing::Environment* const kEnvironment =

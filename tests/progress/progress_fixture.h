@@ -2,21 +2,26 @@
 // Shared by the progress window tests: a forwarder that keeps its replies, commands written as
 // JSON, write counts over a window and its controls, what a user sees of it.
 
-#include <QtTest/QTest>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "json/tree_dictionary.h"
+#include "platform/exceptions.h"
 #include "progress/wprogress.h"
 #include "table_measurer.h"
 
 namespace qem_test {
 
+// Keeps each reply; once `fail` is set, throws as a reply channel that is gone.
 class RecordingForwarder : public message_forwarder {
  public:
-  void write(const std::string& message) override { replies.push_back(message); }
+  void write(const std::string& message) override {
+    if (fail) throw platform::IOException("reply channel gone");
+    replies.push_back(message);
+  }
   std::vector<std::string> replies;
+  bool fail = false;
 };
 
 inline std::shared_ptr<platform::Dictionary> Command(const std::string& json) {
@@ -33,17 +38,16 @@ inline std::unique_ptr<wProgress> MakeWindow(
   return w;
 }
 
-inline long TotalWrites(const wProgress& w) {
-  long total = w.Writes().Total() + w.ProgressBar1().Writes().Total() + w.Label1().Writes().Total();
-  for (const auto* b : w.btns()) total += b->Writes().Total();
+// The writes to the window and its controls since the last call; counting starts afresh.
+inline long TakeWrites(wProgress& w) {
+  const auto take = [](auto& counted) {
+    const long writes = counted.Writes().Total();
+    counted.ResetWrites();
+    return writes;
+  };
+  long total = take(w) + take(w.ProgressBar1()) + take(w.Label1());
+  for (auto* b : w.btns()) total += take(*b);
   return total;
-}
-
-inline void ResetWrites(wProgress& w) {
-  w.ResetWrites();
-  w.ProgressBar1().ResetWrites();
-  w.Label1().ResetWrites();
-  for (auto* b : w.btns()) b->ResetWrites();
 }
 
 // What a user sees of a window, enough to tell one state from another.
@@ -53,11 +57,6 @@ inline std::string LookOf(const wProgress& w) {
                      std::to_string(w.ProgressBar1().Value()) + "|" + std::to_string(w.Height());
   for (const auto* b : w.btns()) look += b->Visible() ? "|" + b->Caption() : "";
   return look;
-}
-
-// A click with the mouse, as the user makes it.
-inline void Press(wProgress& w, int index) {
-  QTest::mouseClick(w.btn(index).Widget(), Qt::LeftButton);
 }
 
 }  // namespace qem_test

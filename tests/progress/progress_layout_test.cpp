@@ -23,9 +23,8 @@ progress_state State(std::optional<std::int64_t> style, const std::string& messa
                      const std::vector<std::string>& captions = {}, double progress = 0.0) {
   progress_state s;
   if (style) {
-    auto flags = prog_style::none();
-    flags = *style;
-    s.style = flags;
+    s.style = prog_style::none();
+    *s.style = *style;
   }
   s.title = "Backup";
   s.msg = message;
@@ -59,21 +58,15 @@ std::string Look(const progress_layout::result& r) {
          (r.hidden ? " | hidden" : "");
 }
 
-// In a window 530 wide, as a window shows it whose label has `label_text`.
-progress_layout::result Compute(const progress_state& s, const std::string& label_text = "") {
+TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows) {
   qem_test::TableMeasurer measurer;
   measurer.widths = {{"Stop", 47.5}, {"Skip file", 61.2}, {"COPYING", 600}};
-  progress_layout::shown now;
-  now.label_text = label_text;
-  return progress_layout::compute(s, 530, measurer, now);
-}
-
-TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows) {
   const std::string too_wide(60, 'x');
   struct Case {
     const char* name;
     progress_state state;
     const char* look;
+    std::string shown = "";  // the label's text before this layout
   };
   const Case cases[] = {
       {"bar and buttons, half done", State(3, kTwoLines, {"Stop", "Skip file"}, 0.5),
@@ -82,34 +75,28 @@ TEST(ProgressLayout, StyleButtonsAndProgressDecideWhereEachPartGoesAndWhatShows)
       {"buttons centred without a bar", State(1, kTwoLines, {"Stop", "Skip file"}),
        "label 20,20,490,34 | 1 179,74,81,22 | 0 281,74,67,22 | bar- 20,74,139,20 0/1000 | 114 | "
        "Backup"},
-      {"one button centred", State(1, "Copying", {"Stop"}),
-       "label 20,20,490,17 | 0 230,57,67,22 | bar- 20,57,190,20 0/1000 | 97 | Backup"},
+      // The label keeps its text when the message changes in letter case only, and its height
+      // is that of the text it keeps; any other text is taken.
+      {"label keeps its letter case", State(1, "Copying"),
+       "label 20,20,490,34 | bar- 20,74,245,20 0/1000 | 114 | Backup", "COPYING"},
       {"every flag, truncated", State(7, kTwoLines, {"Stop"}, 0.9999),
        "label 20,20,490,34 | 0 442,74,67,22 | bar 20,74,402,20 999/1000 | 114 | Backup | hidden"},
-      {"style none, busy", State(0, "Copying", {}, -0.25),
+      {"no style, busy", State(std::nullopt, "Copying", {}, -1e300),
        "label- 20,0,490,0 | bar- 20,20,245,20 busy | 60 | Copying"},
-      {"no style, negative zero", State(std::nullopt, "Copying", {}, -0.0),
-       "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying"},
-      {"unknown flag, done", State(8, "Copying", {}, 1.0),
-       "label- 20,0,490,0 | bar- 20,20,245,20 1000/1000 | 60 | Copying"},
-      {"bar alone, past the end", State(2, "Copying", {}, 1.5),
+      {"bar alone and an unknown flag, past the end", State(10, "Copying", {}, 1.5),
        "label- 20,0,490,0 | bar 20,20,490,20 1500/1000 | 60 | Copying"},
-      {"hidden", State(4, "Copying"),
-       "label- 20,0,490,0 | bar- 20,20,245,20 0/1000 | 60 | Copying | hidden"},
+      {"past the range of the scale", State(2, "Copying", {}, 1e300),
+       "label- 20,0,490,0 | bar 20,20,490,20 9223372036854775807/1000 | 60 | Copying"},
       {"empty captions and a fifth entry", State(2, "Copying", {"", "", "", "d", "e"}),
        "label- 20,0,490,0 | 3 360,20,30,22 | 2 410,20,20,22 | 1 450,20,20,22 | 0 490,20,20,22 | "
        "bar 20,20,320,20 0/1000 | 60 | Copying"},
       {"too wide for the row", State(2, "Copying", {too_wide}),
        "label- 20,0,490,0 | 0 -110,20,620,22 | bar 20,20,-150,20 0/1000 | 60 | Copying"},
   };
-  for (const auto& c : cases) EXPECT_EQ(Look(Compute(c.state)), c.look) << c.name;
-}
-
-// The label keeps its text when the message changes in letter case only, and so its height must
-// be that of the text it keeps.
-TEST(ProgressLayout, TheLabelIsMeasuredWithTheTextItShows) {
-  EXPECT_EQ(Compute(State(1, "Copying"), "COPYING").label.height, 34);
-  EXPECT_EQ(Compute(State(1, "Copying"), "Other").label.height, 17);
+  for (const auto& c : cases) {  // in a window 530 wide
+    const auto r = progress_layout::compute(c.state, 530, measurer, {{}, {}, c.shown});
+    EXPECT_EQ(Look(r), c.look) << c.name;
+  }
 }
 
 }  // namespace

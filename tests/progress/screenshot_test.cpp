@@ -1,7 +1,7 @@
-// Windows drawn for real, at whatever screen scale QT_SCALE_FACTOR gives: the picture has the
-// layout's size times the scale in device pixels, every control the layout shows has ink where
-// the layout put it, and the margins stay empty. The pictures go to the test's folder, and to
-// $QEM_SCREENSHOT_DIR when that is set (which is how the README's pictures are made).
+// Windows drawn for real at the screen scale QT_SCALE_FACTOR gives: the picture is the layout's
+// size times the scale, every control the layout shows has ink where it stands, and the margins
+// stay empty. Pictures go to the test's folder, and to $QEM_SCREENSHOT_DIR when that is set
+// (which is how the README's pictures are made).
 
 #include <gtest/gtest.h>
 
@@ -40,29 +40,26 @@ TEST_F(Screenshot, ControlsAreDrawnWhereTheLayoutPutThemAtTheScreensScale) {
        R"({"style":1,"message":"A file named report.pdf is already there. Replace it?",)"
        R"("btn_spec":[{"id":"yes","text":"Replace"},{"id":"no","text":"Keep both"}]})"},
   };
-  // A rectangle of the layout, in points, as device pixels of the picture.
-  const auto device = [&](std::int64_t left, std::int64_t top, std::int64_t width,
-                          std::int64_t height) {
-    return QRect(QPoint(left, top) * scale, QSize(width, height) * scale);
-  };
   for (const auto& [file, create] : cases) {
     auto w = qem_test::MakeWindow(create, nullptr);
-    const QPixmap shot = w->Widget()->grab();
-    ASSERT_EQ(shot.devicePixelRatio(), scale) << file;
-    const QImage image = shot.toImage();
-    ASSERT_EQ(image.size(), device(0, 0, 530, w->Height()).size()) << file;
+    // A rectangle of the layout, in points, as device pixels of the picture.
+    const auto device = [&](QRect r) { return QRect(r.topLeft() * scale, r.size() * scale); };
+    const int height = static_cast<int>(w->Height());
+    const QImage image = w->Widget()->grab().toImage();
+    ASSERT_EQ(image.devicePixelRatio(), scale) << file;
+    ASSERT_EQ(image.size(), QSize(530, height) * scale) << file;
     ASSERT_TRUE(image.save(QString::fromStdString((tmp() / file).string())));
     if (const char* dir = std::getenv("QEM_SCREENSHOT_DIR")) {
       image.save(QString::fromStdString(std::string(dir) + "/" + file));
     }
     const QRgb background = image.pixel(2, 2);
-    EXPECT_FALSE(HasInk(image, device(0, 0, 20, w->Height()), background)) << file;
-    EXPECT_FALSE(HasInk(image, device(0, w->Height() - 18, 530, 18), background)) << file;
+    EXPECT_FALSE(HasInk(image, device(QRect(0, 0, 20, height)), background)) << file;
+    EXPECT_FALSE(HasInk(image, device(QRect(0, height - 18, 530, 18)), background)) << file;
     const platform::DesktopUIControl* controls[] = {&w->Label1(), &w->ProgressBar1(), &w->btn(0),
                                                     &w->btn(1)};
     for (const auto* c : controls) {
-      const QRect rect = device(c->Left(), c->Top(), c->Width(), c->Height());
-      EXPECT_EQ(HasInk(image, rect, background), c->Visible()) << file << " " << c->Left();
+      const QRect rect(c->Left(), c->Top(), c->Width(), c->Height());
+      EXPECT_EQ(HasInk(image, device(rect), background), c->Visible()) << file << " " << c->Left();
     }
   }
 }
