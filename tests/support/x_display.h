@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "support/process.h"
-#include "support/scoped_env.h"
 
 namespace qem_test {
 
