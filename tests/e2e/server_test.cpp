@@ -53,16 +53,6 @@ class Server : public qem_test::HelperTest {
   std::shared_ptr<lock_file> alive;
 };
 
-TEST_F(Server, LeftoversArePurgedBeforeTheLaunchLockSaysUp) {
-  qem_test::Send("cmd", {Telltale("stale")});
-  auto helper = StartHelper(ServerArgs());
-  ASSERT_TRUE(WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
-  EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.cmd.dir" / "data"));
-  qem_test::Send("cmd", {Telltale("fresh")});
-  EXPECT_TRUE(Said(helper, "\"fresh\"")) << helper.Err();
-  EXPECT_EQ(helper.Err().find("stale"), std::string::npos) << helper.Err();
-}
-
 TEST_F(Server, ASecondHelperOnTheChannelExitsWithStatusThreeAndNeverSaysUp) {
   auto helper = StartHelper(ServerArgs());
   ASSERT_TRUE(WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
