@@ -61,20 +61,6 @@ TEST_F(Lifetime, RefusalsAndAnswersEndAtOnceWithoutTouchingAnyFileOrDisplay) {
   EXPECT_FALSE(std::filesystem::exists(gone));
 }
 
-TEST_F(Lifetime, TestModeIsChosenBeforeAnyOtherOptionIsRead) {
-  auto args = ServerArgs();
-  args.push_back("--test=TRUE");
-  auto helper = StartHelper(args);
-  // The console runs until it is closed: the server's options are never used, so nobody takes
-  // the launch lock, and the stay-alive lock that nobody holds doesn't end it.
-  EXPECT_EQ(helper.Wait(1s), -1);
-  EXPECT_FALSE(qem_test::LockHeld("launched"));
-  // A signal to end ends the console in order too.
-  helper.Kill(SIGTERM);
-  EXPECT_EQ(helper.Wait(10s), 0);
-  EXPECT_EQ(helper.Err().find("qem_util:"), std::string::npos) << helper.Err();
-}
-
 TEST_F(Lifetime, HelperTakesTheLaunchLockAndQuitsWhenTheStayAliveLockIsLetGo) {
   auto alive = lock_file::make("alive", log_file::make_null());
   ASSERT_NE(alive, nullptr);

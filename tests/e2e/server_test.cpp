@@ -112,16 +112,4 @@ TEST_F(Server, MemoryOfDeletedWindowsGoesBackToTheSystem) {
       << " kB after";
 }
 
-TEST_F(Server, AChannelFolderThatOthersMayWriteToEndsTheHelperWithStatusFour) {
-  const auto folder = prefs() / "qem.many_to_one.cmd.dir";
-  std::filesystem::create_directory(folder);
-  std::filesystem::permissions(folder, std::filesystem::perms::all);
-  auto helper = StartHelper(ServerArgs());
-  EXPECT_EQ(helper.Wait(20s), 4);
-  const std::string said = helper.Err();
-  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
-  EXPECT_NE(said.find(folder.string() + " is refused"), std::string::npos) << said;
-  EXPECT_FALSE(std::filesystem::exists(tmp() / "launched"));
-}
-
 }  // namespace
