@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "support/scoped_env.h"
 #include "support/temp_env.h"
 
 namespace {

@@ -1,6 +1,5 @@
 #pragma once
-// Shared by the client's process-level tests: a stand-in helper that serves without windows and
-// keeps what it receives.
+// Shared by the client's process-level tests.
 
 #include <string>
 
@@ -11,8 +10,7 @@ namespace qem_test {
 
 class ClientTest : public TempEnvTest {
  protected:
-  // Stands in for the helper without windows (client_stand_in): what it receives ends up in
-  // Received().
+  // The helper without windows (client_stand_in): what it receives ends up in Received().
   static std::string StandIn() { return QEM_STAND_IN; }
   std::string Received() { return ReadFile(tmp() / "received"); }
 };

@@ -23,33 +23,20 @@ using qem_client::command;
 using Buttons = std::vector<qem_client::button>;
 
 TEST(Command, EachKindHasItsExactText) {
-  const struct {
-    const char* name;
-    command c;
-    std::string json;
-  } cases[] = {
-      {"create with every key",
-       command::create("p1", {.title = "Copying",
-                              .style = 3,
-                              .message = "Step 1",
-                              .progress = 0.25,
-                              .buttons = Buttons{{"stop", "Stop"}}}),
-       R"({"obj_id":"p1","cmd":"create","type":"wprogress","title":"Copying","style":3,)"
-       R"("message":"Step 1","progress":0.25,"btn_spec":[{"id":"stop","text":"Stop"}]})"},
-      {"push of two buttons",
-       command::push("p1", {.style = 1, .buttons = Buttons{{"y", "Yes"}, {"n", "No"}}}),
-       R"({"obj_id":"p1","cmd":"push","style":1,)"
-       R"("btn_spec":[{"id":"y","text":"Yes"},{"id":"n","text":"No"}]})"},
-      {"delete", command::remove("p1"), R"({"obj_id":"p1","cmd":"delete"})"},
-      // Escaped as the helper's reader takes them back: a raw NUL would split the record, a raw
-      // control character is no JSON. A number is the shortest text that reads back as it.
-      {"texts to escape",
-       command::set(
-           "p", {.title = "\"q\" \\ /\n\x01\x7f\0"s, .message = "grüße ✓", .progress = 1.0 / 3}),
-       R"({"obj_id":"p","cmd":"set","title":"\"q\" \\ /\n\u0001\u007f\u0000","message":"grüße ✓",)"
-       R"("progress":0.3333333333333333})"},
-  };
-  for (const auto& row : cases) EXPECT_EQ(qem_client::to_json(row.c), row.json) << row.name;
+  EXPECT_EQ(qem_client::to_json(command::create("p1", {.title = "Copying",
+                                                       .style = 3,
+                                                       .message = "Step 1",
+                                                       .progress = 0.25,
+                                                       .buttons = Buttons{{"stop", "Stop"}}})),
+            R"({"obj_id":"p1","cmd":"create","type":"wprogress","title":"Copying","style":3,)"
+            R"("message":"Step 1","progress":0.25,"btn_spec":[{"id":"stop","text":"Stop"}]})");
+  // Escaped as the helper's reader takes them back: a raw NUL would split the record, a raw
+  // control character is no JSON. A number is the shortest text that reads back as it.
+  EXPECT_EQ(
+      qem_client::to_json(command::set(
+          "p", {.title = "\"q\" \\ /\n\x01\x7f\0"s, .message = "grüße ✓", .progress = 1.0 / 3})),
+      R"({"obj_id":"p","cmd":"set","title":"\"q\" \\ /\n\u0001\u007f\u0000","message":"grüße ✓",)"
+      R"("progress":0.3333333333333333})");
 }
 
 // Built commands and JSON written by hand alike: an id that the reply of a press can't carry,
@@ -73,13 +60,9 @@ TEST(Command, WhatAReplyOrTheHelperCannotCarryIsRefusedBeforeAnyTextIsMade) {
       {"written: unknown keys pass", R"( {"obj_id":"p1","cmd":"frob","x":[1,{"y":2}]})", nullptr},
       {"written: no object", R"(["obj_id","p1"])", "no JSON object"},
       {"written: no obj_id", R"({"cmd":"create","type":"wprogress"})", "no obj_id"},
-      {"written: obj_id a number", R"({"obj_id":5,"cmd":"set"})", "no obj_id"},
-      {"written: escaped quote in obj_id", R"({"obj_id":"a\"b","cmd":"set"})", "quotation mark"},
       {"written: escaped backslash in a button id",
        R"({"obj_id":"p","cmd":"set","btn_spec":[{"id":"ok"},{"id":"a\\b"}]})", "backslash"},
       {"written: a raw NUL", R"({"obj_id":"p",)"s + '\0' + R"("cmd":"set"})", "NUL"},
-      {"written: nested too deeply",
-       "{\"obj_id\":\"p\",\"a\":" + std::string(600, '[') + std::string(600, ']') + "}", "deeply"},
   };
   for (const auto& row : cases) {
     const command* built = std::get_if<command>(&row.c);
@@ -97,12 +80,8 @@ TEST(Command, WhatAReplyOrTheHelperCannotCarryIsRefusedBeforeAnyTextIsMade) {
   }
 }
 
-TEST(Event, AReplyIsReadIntoItsFieldsAndWrittenBackAsOneLineOfJson) {
-  auto e = qem_client::event::from_reply(R"({"obj_id":"p1","cmd":"pressed","btn_id":"stop"})");
-  ASSERT_TRUE(e);
-  EXPECT_TRUE(e->pressed());
-  EXPECT_EQ(e->obj_id + "/" + e->btn_id, "p1/stop");
-  EXPECT_EQ(qem_client::to_json(*e), e->text);
+// Read into its fields by the session's tests; here what is written back.
+TEST(Event, AReplyIsWrittenBackAsOneLineOfJson) {
   // A broken reply (another sender's raw quotation mark) still gives one line of valid JSON.
   auto broken = qem_client::event::from_reply("{\"obj_id\":\"a\nb\",\"cmd\":\"pressed\"}");
   ASSERT_TRUE(broken);
@@ -114,17 +93,13 @@ TEST(Event, AReplyIsReadIntoItsFieldsAndWrittenBackAsOneLineOfJson) {
             R"({"cmd":"helper_ended","status":137})");
 }
 
-TEST(SessionNames, UniqueNamesDifferAndPassTheHelpersChecks) {
-  const auto a = qem_client::session_names::unique(), b = qem_client::session_names::unique();
-  EXPECT_EQ(qem_client::refusal(a).value_or("accepted"), "accepted");
-  EXPECT_NE(a.stay_alive_key, b.stay_alive_key);
-  EXPECT_NE(a.channel, b.channel);
-}
-
 // Names that leave their folder are refused where a name becomes a path; one row shows that
-// check is asked here too.
+// check is asked here too. Names made up for a session pass and differ.
 TEST(SessionNames, GivenNamesAreRefusedWhereTheHelperWouldCutOrRefuseThem) {
   using qem_client::session_names;
+  const auto a = session_names::unique(), b = session_names::unique();
+  EXPECT_FALSE(qem_client::refusal(a)) << *qem_client::refusal(a);
+  EXPECT_NE(a.channel, b.channel);
   const struct {
     const char* name;
     session_names names;
@@ -133,9 +108,7 @@ TEST(SessionNames, GivenNamesAreRefusedWhereTheHelperWouldCutOrRefuseThem) {
       {"slash", session_names::from_base("a/b"), "\"/\""},
       {"blank", session_names::from_base("a b"), "blank"},
       {"equals sign", session_names::from_base("a=b"), "blank or an \"=\""},
-      {"empty", {"alive", "", "cmd", "rep"}, "empty"},
       {"one lock for both", {"same", "same", "cmd", "rep"}, "equal"},
-      {"one channel for both", {"alive", "up", "ch", "ch"}, "equal"},
   };
   for (const auto& row : cases) {
     auto why = qem_client::refusal(row.names);

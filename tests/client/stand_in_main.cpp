@@ -1,8 +1,6 @@
-// client_stand_in: takes the helper's place for tests of the client's side, without windows. It
-// receives the command channel and appends each message and a line break to "received" in the
-// temporary folder, takes the launch lock once it receives, and quits when the stay-alive lock
-// is free, looking every 10 ms. Arguments as the helper's: --stay-alive-key, --channel,
-// --launch-key (others are ignored).
+// client_stand_in: the helper without windows, for the client's tests. Takes the helper's
+// arguments, appends each message of the command channel and a line break to "received" in the
+// temporary folder, takes the launch lock, and quits once the stay-alive lock is free.
 
 #include <chrono>
 #include <fstream>

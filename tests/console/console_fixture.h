@@ -1,6 +1,5 @@
 #pragma once
-// Shared by the console's tests and the menu bar's: a console in the test's private folders with
-// the menu bar of the program, and clicks as the user makes them.
+// A console in the test's private folders with the program's menu bar, clicked as a user would.
 
 #include <QtTest/QTest>
 #include <chrono>

@@ -7,7 +7,6 @@
 
 #include "channel/lock_file.h"
 #include "support/process.h"
-#include "support/scoped_env.h"
 #include "support/temp_env.h"
 
 namespace qem_test {

@@ -53,16 +53,6 @@ class Server : public qem_test::HelperTest {
   std::shared_ptr<lock_file> alive;
 };
 
-TEST_F(Server, LeftoversArePurgedBeforeTheLaunchLockSaysUp) {
-  qem_test::Send("cmd", {Telltale("stale")});
-  auto helper = StartHelper(ServerArgs());
-  ASSERT_TRUE(WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
-  EXPECT_FALSE(std::filesystem::exists(prefs() / "qem.many_to_one.cmd.dir" / "data"));
-  qem_test::Send("cmd", {Telltale("fresh")});
-  EXPECT_TRUE(Said(helper, "\"fresh\"")) << helper.Err();
-  EXPECT_EQ(helper.Err().find("stale"), std::string::npos) << helper.Err();
-}
-
 TEST_F(Server, ASecondHelperOnTheChannelExitsWithStatusThreeAndNeverSaysUp) {
   auto helper = StartHelper(ServerArgs());
   ASSERT_TRUE(WaitUntil([] { return qem_test::LockHeld("launched"); }, 20s));
@@ -120,18 +110,6 @@ TEST_F(Server, MemoryOfDeletedWindowsGoesBackToTheSystem) {
   EXPECT_TRUE(WaitUntil([&] { return after() - before < (with - before) / 3; }, 10s))
       << "RSS " << before << " kB before, at most " << with << " kB with the windows, " << after()
       << " kB after";
-}
-
-TEST_F(Server, AChannelFolderThatOthersMayWriteToEndsTheHelperWithStatusFour) {
-  const auto folder = prefs() / "qem.many_to_one.cmd.dir";
-  std::filesystem::create_directory(folder);
-  std::filesystem::permissions(folder, std::filesystem::perms::all);
-  auto helper = StartHelper(ServerArgs());
-  EXPECT_EQ(helper.Wait(20s), 4);
-  const std::string said = helper.Err();
-  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
-  EXPECT_NE(said.find(folder.string() + " is refused"), std::string::npos) << said;
-  EXPECT_FALSE(std::filesystem::exists(tmp() / "launched"));
 }
 
 }  // namespace

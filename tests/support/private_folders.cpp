@@ -1,8 +1,7 @@
 #include "support/private_folders.h"
 
-#include <stdlib.h>
-
-#include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <utility>
 
 namespace qem_test {
@@ -31,6 +30,19 @@ PrivateFolders::~PrivateFolders() {
   std::filesystem::permissions(root_, std::filesystem::perms::owner_all,
                                std::filesystem::perm_options::add, ignored);
   std::filesystem::remove_all(root_, ignored);
+}
+
+std::string ReadFile(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) return "<missing>";
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
+
+void WriteFile(const std::filesystem::path& path, const std::string& content) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << content;
 }
 
 }  // namespace qem_test

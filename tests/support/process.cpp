@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -16,19 +15,8 @@
 
 #include "channel/lock_file.h"
 #include "channel/many_to_one_sender.h"
-#include "support/temp_env.h"
 
 namespace qem_test {
-
-Child& Child::operator=(Child&& other) noexcept {
-  if (this != &other) {
-    this->~Child();
-    pid_ = other.pid_;
-    status_ = other.status_;
-    other.pid_ = -1;
-  }
-  return *this;
-}
 
 Child::~Child() {
   if (pid_ > 0 && status_ < 0) {
@@ -89,26 +77,10 @@ Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options) {
         ::_exit(126);
       }
     }
-    ::execv(args[0], args.data());
+    ::execvp(args[0], args.data());
     ::_exit(127);
   }
   return Child(pid);
-}
-
-Kept::Kept(const std::vector<std::string>& argv, const std::filesystem::path& folder,
-           const std::string& name, SpawnOptions options)
-    : out_(folder / (name + ".out")), err_(folder / (name + ".err")) {
-  options.stdout_path = out_;
-  options.stderr_path = err_;
-  Child::operator=(Spawn(argv, options));
-}
-
-std::string Kept::Out() const {
-  return ReadFile(out_);
-}
-
-std::string Kept::Err() const {
-  return ReadFile(err_);
 }
 
 Ran Run(const std::vector<std::string>& argv, const std::filesystem::path& folder,
@@ -162,15 +134,6 @@ std::optional<long> Wakeups(pid_t pid) {
     }
   }
   return sum;
-}
-
-std::vector<std::string> Listing(const std::filesystem::path& folder) {
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    names.push_back(entry.path().filename().string());
-  }
-  std::sort(names.begin(), names.end());
-  return names;
 }
 
 void Send(const std::string& channel, const std::vector<std::string>& messages) {

@@ -1,10 +1,6 @@
 #pragma once
-// Real child processes for cross-process tests: fork and exec with the test's environment
-// (so a child sees the test's HOME, XDG_CONFIG_HOME and TMPDIR), wait with a time limit, kill;
-// their output kept in files to read back while they run or once they have ended. And what a
-// test sees of other processes from outside, as the starting application would: locks held or
-// waited for, how often a process was woken, what lies in a folder; and commands put in a
-// channel as that application puts them.
+// Real child processes for cross-process tests, started with the test's environment, and what a
+// test sees of other processes from outside, as the starting application would.
 
 #include <sys/types.h>
 
@@ -14,6 +10,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "support/private_folders.h"
 
 namespace qem_test {
 
@@ -31,7 +29,6 @@ class Child {
   Child() = default;
   explicit Child(pid_t pid) : pid_(pid) {}
   Child(Child&& other) noexcept : pid_(other.pid_), status_(other.status_) { other.pid_ = -1; }
-  Child& operator=(Child&& other) noexcept;
   // A child still running when its handle goes is killed and reaped.
   ~Child();
 
@@ -47,7 +44,7 @@ class Child {
   int status_ = -1;
 };
 
-// Starts argv[0] (a path) with the arguments. Aborts the test binary if fork fails.
+// Starts argv[0] (a path, or a program on PATH) with the arguments. Aborts if fork fails.
 Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options = {});
 
 // A child whose stdout and stderr are kept in `folder`, in <name>.out and <name>.err (made
@@ -55,12 +52,18 @@ Child Spawn(const std::vector<std::string>& argv, const SpawnOptions& options = 
 class Kept : public Child {
  public:
   Kept(const std::vector<std::string>& argv, const std::filesystem::path& folder,
-       const std::string& name, SpawnOptions options = {});
-  std::string Out() const;
-  std::string Err() const;
+       const std::string& name, SpawnOptions options = {})
+      : Child(Spawn(argv, Into((folder / name).string(), options))), files_(folder / name) {}
+  std::string Out() const { return ReadFile(files_ + ".out"); }
+  std::string Err() const { return ReadFile(files_ + ".err"); }
 
  private:
-  std::filesystem::path out_, err_;
+  static SpawnOptions Into(const std::string& files, SpawnOptions options) {
+    options.stdout_path = files + ".out";
+    options.stderr_path = files + ".err";
+    return options;
+  }
+  std::string files_;
 };
 
 // What a program that ran gave: its status as Child::Wait gives it, its stdout and its stderr.
@@ -84,9 +87,6 @@ bool WaitsForLock(pid_t pid, const std::filesystem::path& file);
 // How often the threads of a process have gone to sleep and were woken since they began: their
 // voluntary context switches. nullopt without /proc.
 std::optional<long> Wakeups(pid_t pid);
-
-// The names of what lies in a folder, sorted.
-std::vector<std::string> Listing(const std::filesystem::path& folder);
 
 // Writes the messages to `channel` in one stay inside it, in their order.
 void Send(const std::string& channel, const std::vector<std::string>& messages);

@@ -5,17 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <string>
-
 #include "support/private_folders.h"
 
 namespace qem_test {
 
 class TempEnvTest : public ::testing::Test, public PrivateFolders {};
-
-// The whole content of a file, or "<missing>" when it can't be read.
-std::string ReadFile(const std::filesystem::path& path);
-void WriteFile(const std::filesystem::path& path, const std::string& content);
 
 }  // namespace qem_test

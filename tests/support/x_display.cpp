@@ -1,7 +1,6 @@
 #include "support/x_display.h"
 
 #include <signal.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -11,23 +10,9 @@ namespace qem_test {
 
 using namespace std::chrono_literals;
 
-namespace {
-
-// The full path of a program on PATH, or "".
-std::string OnPath(const std::string& program) {
-  std::istringstream path(std::getenv("PATH") ? std::getenv("PATH") : "");
-  for (std::string dir; std::getline(path, dir, ':');) {
-    std::string candidate = dir + "/" + program;
-    if (!dir.empty() && ::access(candidate.c_str(), X_OK) == 0) return candidate;
-  }
-  return "";
-}
-
-}  // namespace
-
 std::string XDisplay::Missing() {
-  for (const char* program : {"Xvfb", "xdotool"}) {
-    if (OnPath(program).empty()) return program;
+  for (const std::string program : {"Xvfb", "xdotool"}) {
+    if (std::system(("command -v " + program + " >/dev/null").c_str()) != 0) return program;
   }
   return "";
 }
@@ -35,8 +20,8 @@ std::string XDisplay::Missing() {
 XDisplay::XDisplay(const std::filesystem::path& folder, const std::string& screen)
     // Xvfb picks a free display and writes its number to its output.
     : folder_(folder),
-      server_({OnPath("Xvfb"), "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", screen},
-              folder, "xvfb") {
+      server_({"Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-screen", "0", screen}, folder,
+              "xvfb") {
   std::string seen;
   if (!WaitUntil([&] { return (seen = server_.Out()).find('\n') != seen.npos; }, 60s)) return;
   name_ = std::string(":").append(seen, 0, seen.find('\n'));
@@ -54,13 +39,13 @@ XDisplay::~XDisplay() {
 
 std::string XDisplay::MappedWindow(const std::string& title) const {
   const Ran found =
-      Run({OnPath("xdotool"), "search", "--onlyvisible", "--name", "^" + title + "$"}, folder_);
+      Run({"xdotool", "search", "--onlyvisible", "--name", "^" + title + "$"}, folder_);
   return found.status == 0 ? found.out.substr(0, found.out.find('\n')) : "";
 }
 
 bool XDisplay::Click(const std::string& window, int x, int y) const {
-  return Run({OnPath("xdotool"), "mousemove", "--window", window, std::to_string(x),
-              std::to_string(y), "click", "1"},
+  return Run({"xdotool", "mousemove", "--window", window, std::to_string(x), std::to_string(y),
+              "click", "1"},
              folder_)
              .status == 0;
 }

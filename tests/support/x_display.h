@@ -1,7 +1,6 @@
 #pragma once
-// A private X server for tests that need a real one: Xvfb on a display it picks itself, with the
-// environment for programs started meanwhile (the xcb platform, that display, no session bus),
-// and xdotool to find windows and press buttons from outside, as a user would.
+// A private X server (Xvfb on a display it picks itself) for the programs a test starts, and
+// xdotool to find windows and press buttons from outside, as a user would.
 
 #include <filesystem>
 #include <memory>
@@ -11,7 +10,6 @@
 #include <vector>
 
 #include "support/process.h"
-#include "support/scoped_env.h"
 
 namespace qem_test {
 
@@ -47,9 +45,8 @@ class XDisplay {
 };
 
 // The centre (x, y) of button `id` in the client area of a window made from `create` (a "create"
-// command's JSON), as the layout places it: the lines "ID X Y" that `places_tool` (a progress
-// window tool run with --places) prints. nullopt when the window shows no such button. Runs the
-// tool with its files in `folder`.
+// command's JSON), as `places_tool` (a progress window tool run with --places, its files in
+// `folder`) prints where the layout places it; nullopt when the window shows no such button.
 std::optional<std::pair<int, int>> ButtonAt(const std::string& places_tool,
                                             const std::filesystem::path& folder,
                                             const std::string& create, const std::string& id);
