@@ -17,9 +17,9 @@
 
 #include "channel/lock_file.h"
 #include "channel/many_to_one_receiver.h"
-#include "channel/many_to_one_sender.h"
 #include "channel_fixture.h"
 #include "platform/clock.h"
+#include "support/process.h"
 
 namespace {
 
@@ -73,7 +73,7 @@ TEST_F(LockRaceTest, PartyThatOpenedTheReleasedFileNeverHolds) {
     b.reset();
     // B's failed attempt leaves C's file alone, and C stays the only holder.
     EXPECT_EQ(std::filesystem::exists(tmp() / "race"), new_holder);
-    EXPECT_EQ(lock_file::make(file, log_file::make_null()) == nullptr, new_holder);
+    EXPECT_EQ(qem_test::LockHeld("race"), new_holder);
   }
 }
 
@@ -90,23 +90,20 @@ TEST_F(LockRaceTest, LockTakenInsideThePeersReleaseCannotCascade) {
   ASSERT_NE(c, nullptr);
   b.reset();
   EXPECT_TRUE(std::filesystem::exists(file.Path())) << "B's release deleted C's file";
-  EXPECT_EQ(lock_file::make(file, log_file::make_null()), nullptr) << "D holds while C holds";
+  EXPECT_TRUE(qem_test::LockHeld("race")) << "D holds while C holds";
 }
 
 TEST_F(LockRaceTest, OpWhoseEntryLockLostItsNameLeavesTheDataFileInPlace) {
   auto sock = many_to_one::receiver::make("ch", log_file::make_null());
   ASSERT_NE(sock, nullptr);
-  auto send = [](const char* text) {
-    std::make_shared<many_to_one::sender>("ch", log_file::make_null())->op()->write(text);
-  };
-  send("one");
+  qem_test::Send("ch", {"one"});
   // Our op takes the entry lock between a peer sender's close and its delete; then a sender of
   // ours gets in beside it and appends.
   int peer = PeerTakes(EntryLock("ch"));
   BeforeNextFlock() = [&] { ::close(peer); };
   auto op = sock->op();
   ::unlink(EntryLock("ch").c_str());
-  send("two");
+  qem_test::Send("ch", {"two"});
   // Deleting the file now could take records appended under the other lock: it stays, and what
   // was read comes again.
   EXPECT_EQ(op->read(), "one");

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -11,36 +12,40 @@
 
 namespace {
 
-class JsonDumpTool : public qem_test::TempEnvTest {
- protected:
-  // Runs the tool; gives its exit status and fills the two outputs.
-  int Run(std::vector<std::string> args, const std::string& input = "") {
-    args.insert(args.begin(), QEM_JSON_DUMP_PATH);
-    auto ran = qem_test::Run(args, root(), input);
-    out = ran.out;
-    err = ran.err;
-    return ran.status;
-  }
-  std::string out, err;
-};
+using JsonDumpTool = qem_test::TempEnvTest;
 
 TEST_F(JsonDumpTool, PrintsTheDictionaryIndentedOrSaysWhyNotOnOneLine) {
   qem_test::WriteFile(root() / "cmd.json", R"({"a":[1,{}],"b":{"c":null}})");
-  EXPECT_EQ(Run({(root() / "cmd.json").string()}), 0);
-  EXPECT_EQ(out, "{\n  \"a\": [\n    1,\n    {}\n  ],\n  \"b\": {\n    \"c\": null\n  }\n}\n");
-  EXPECT_EQ(err, "");
-  for (const std::string& unreadable : {(root() / "missing.json").string(), root().string()}) {
-    EXPECT_EQ(Run({unreadable}), 1);
-    EXPECT_EQ(err.rfind("qem_json_dump: cannot read " + unreadable + ": ", 0), 0u) << err;
-    EXPECT_EQ(err.find('\n'), err.size() - 1) << err;
+  const std::string missing = (root() / "missing.json").string(), folder = root().string();
+  const struct {
+    std::vector<std::string> args;
+    std::string input;
+    int status;
+    std::string out, err;  // err: how the line on stderr begins
+  } rows[] = {
+      {{(root() / "cmd.json").string()},
+       "",
+       0,
+       "{\n  \"a\": [\n    1,\n    {}\n  ],\n  \"b\": {\n    \"c\": null\n  }\n}\n",
+       ""},
+      {{missing}, "", 1, "", "qem_json_dump: cannot read " + missing + ": "},
+      {{folder}, "", 1, "", "qem_json_dump: cannot read " + folder + ": "},
+      {{"-"},
+       std::string(600, '[') + std::string(600, ']'),
+       1,
+       "",
+       "qem_json_dump: JSON nested too deeply"},
+      {{"a", "b"}, "", 2, "", "usage: qem_json_dump "},
+  };
+  for (const auto& row : rows) {
+    std::vector<std::string> args = row.args;
+    args.insert(args.begin(), QEM_JSON_DUMP_PATH);
+    const auto ran = qem_test::Run(args, root(), row.input);
+    EXPECT_EQ(ran.status, row.status) << row.args[0];
+    EXPECT_EQ(ran.out, row.out) << row.args[0];
+    EXPECT_TRUE(ran.err.starts_with(row.err)) << ran.err;
+    EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), row.status == 0 ? 0 : 1) << ran.err;
   }
-  EXPECT_EQ(Run({"-"}, std::string(600, '[') + std::string(600, ']')), 1);  // standard input
-  EXPECT_EQ(err, "qem_json_dump: JSON nested too deeply\n");
-  EXPECT_EQ(out, "");
-  EXPECT_EQ(Run({"--help"}), 0);
-  EXPECT_NE(out, "");
-  EXPECT_EQ(Run({}), 2);
-  EXPECT_EQ(Run({"a", "b"}), 2);
 }
 
 }  // namespace

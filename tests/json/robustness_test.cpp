@@ -44,11 +44,9 @@ TEST(JsonRobustness, RandomTextsReadAsThePlainScanReadsThemAndNeverFail) {
 // `open` `depth` times, then `middle`, then `close` `depth` times.
 std::string Nested(const std::string& open, int depth, const std::string& middle,
                    const std::string& close) {
-  std::string text;
-  for (int i = 0; i < depth; ++i) text += open;
-  text += middle;
-  for (int i = 0; i < depth; ++i) text += close;
-  return text;
+  std::string opens, closes;
+  for (int i = 0; i < depth; ++i) opens += open, closes += close;
+  return opens + middle + closes;
 }
 
 TEST(JsonRobustness, NestingDeeperThan512ThrowsAndNoDepthExhaustsTheStack) {
