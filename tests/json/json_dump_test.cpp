@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -15,37 +14,24 @@ namespace {
 using JsonDumpTool = qem_test::TempEnvTest;
 
 TEST_F(JsonDumpTool, PrintsTheDictionaryIndentedOrSaysWhyNotOnOneLine) {
-  qem_test::WriteFile(root() / "cmd.json", R"({"a":[1,{}],"b":{"c":null}})");
-  const std::string missing = (root() / "missing.json").string(), folder = root().string();
-  const struct {
-    std::vector<std::string> args;
-    std::string input;
-    int status;
-    std::string out, err;  // err: how the line on stderr begins
-  } rows[] = {
-      {{(root() / "cmd.json").string()},
-       "",
-       0,
-       "{\n  \"a\": [\n    1,\n    {}\n  ],\n  \"b\": {\n    \"c\": null\n  }\n}\n",
-       ""},
-      {{missing}, "", 1, "", "qem_json_dump: cannot read " + missing + ": "},
-      {{folder}, "", 1, "", "qem_json_dump: cannot read " + folder + ": "},
-      {{"-"},
-       std::string(600, '[') + std::string(600, ']'),
-       1,
-       "",
-       "qem_json_dump: JSON nested too deeply"},
-      {{"a", "b"}, "", 2, "", "usage: qem_json_dump "},
-  };
-  for (const auto& row : rows) {
-    std::vector<std::string> args = row.args;
+  auto run = [&](std::vector<std::string> args, const std::string& input = "") {
     args.insert(args.begin(), QEM_JSON_DUMP_PATH);
-    const auto ran = qem_test::Run(args, root(), row.input);
-    EXPECT_EQ(ran.status, row.status) << row.args[0];
-    EXPECT_EQ(ran.out, row.out) << row.args[0];
-    EXPECT_TRUE(ran.err.starts_with(row.err)) << ran.err;
-    EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), row.status == 0 ? 0 : 1) << ran.err;
-  }
+    return qem_test::Run(args, root(), input);
+  };
+  qem_test::WriteFile(root() / "cmd.json", R"({"a":[1,{}],"b":{"c":null}})");
+  auto ran = run({(root() / "cmd.json").string()});
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_EQ(ran.out, "{\n  \"a\": [\n    1,\n    {}\n  ],\n  \"b\": {\n    \"c\": null\n  }\n}\n");
+  EXPECT_EQ(ran.err, "");
+  const std::string missing = (root() / "missing.json").string();
+  ran = run({missing});
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_EQ(ran.err.rfind("qem_json_dump: cannot read " + missing + ": ", 0), 0u) << ran.err;
+  EXPECT_EQ(ran.err.find('\n'), ran.err.size() - 1) << ran.err;
+  ran = run({"-"}, std::string(600, '[') + std::string(600, ']'));  // standard input
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_EQ(ran.out + ran.err, "qem_json_dump: JSON nested too deeply\n");
+  EXPECT_EQ(run({"a", "b"}).status, 2);
 }
 
 }  // namespace
