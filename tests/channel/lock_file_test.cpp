@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -71,18 +72,27 @@ TEST_F(LockFileTest, AttemptsThatCanNeverSucceedGiveNilAndTheWaitsThrowAtOnce) {
 }
 
 TEST_F(LockFileTest, ChildOfAHolderDoesNotKeepTheLockAlive) {
-  // The holder starts a child of its own, then writes its pid to "ready".
-  auto path = tmp() / "parent.lock", ready = root() / "ready";
-  auto holder = qem_test::Spawn({QEM_CHANNEL_HELPER, "hold-lock", path, ready, "spawn"});
-  ASSERT_TRUE(qem_test::WaitUntil([&] { return std::filesystem::exists(ready); }, 30s));
-  pid_t grandchild = static_cast<pid_t>(std::stol(qem_test::ReadFile(ready)));
-  ASSERT_GT(grandchild, 0);
+  // A holder of our own takes the lock, starts a program, tells its pid, and is killed without
+  // letting go.
+  int pid_pipe[2];
+  ASSERT_EQ(::pipe(pid_pipe), 0);
+  qem_test::Child holder(::fork());
+  if (holder.pid() == 0) {
+    auto lock = lock_file::make("parent.lock", log_file::make_null());
+    auto program = qem_test::Spawn({"/bin/sleep", "60"});
+    const pid_t pid = program.pid();
+    if (lock == nullptr || ::write(pid_pipe[1], &pid, sizeof pid) != sizeof pid) ::_exit(1);
+    for (;;) ::pause();
+  }
+  pid_t sleeper = 0;
+  ASSERT_EQ(::read(pid_pipe[0], &sleeper, sizeof sleeper), static_cast<ssize_t>(sizeof sleeper));
+  ::close(pid_pipe[0]), ::close(pid_pipe[1]);
   holder.Kill(SIGKILL);
   EXPECT_EQ(holder.Wait(30s), 128 + SIGKILL);
-  // The child is still running; had it inherited the descriptor, the lock would still be held.
-  EXPECT_EQ(::kill(grandchild, 0), 0);
-  EXPECT_FALSE(qem_test::LockHeld("parent.lock"));
-  ::kill(grandchild, SIGKILL);
+  // The program still runs; had it inherited the descriptor, the lock would be held for ever.
+  EXPECT_EQ(::kill(sleeper, 0), 0);
+  EXPECT_TRUE(qem_test::WaitUntil([] { return !qem_test::LockHeld("parent.lock"); }, 10s));
+  ::kill(sleeper, SIGKILL);
 }
 
 }  // namespace
