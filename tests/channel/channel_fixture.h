@@ -10,16 +10,10 @@ namespace qem_test {
 
 class ChannelTest : public TempEnvTest {
  protected:
-  std::filesystem::path EntryLock(const std::string& id) const {
-    return prefs() / ("qem.many_to_one." + id);
-  }
-  std::filesystem::path ReceiverLock(const std::string& id) const {
-    return prefs() / ("qem.many_to_one.r." + id);
-  }
-  std::filesystem::path Folder(const std::string& id) const {
-    return prefs() / ("qem.many_to_one." + id + ".dir");
-  }
-  std::filesystem::path Data(const std::string& id) const { return Folder(id) / "data"; }
+  auto EntryLock(const std::string& id) const { return prefs() / ("qem.many_to_one." + id); }
+  auto ReceiverLock(const std::string& id) const { return prefs() / ("qem.many_to_one.r." + id); }
+  auto Folder(const std::string& id) const { return prefs() / ("qem.many_to_one." + id + ".dir"); }
+  auto Data(const std::string& id) const { return Folder(id) / "data"; }
 };
 
 }  // namespace qem_test

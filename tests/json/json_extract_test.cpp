@@ -27,22 +27,20 @@ TEST(JsonExtract, RangeNodeStartsFromItsNameChecksItsBoundsAndOutlivesItsTree) {
   EXPECT_EQ(child->as_string(), "8");
 }
 
-TEST(JsonExtract, AsStringJoinsTheRangeUnescapedOnce) {
+TEST(JsonExtract, AsStringJoinsTheRangeUnescapedOnceAndLookupFollowsRawNamesCaseBlind) {
   JSONExtract root(R"({"a":"\\n","b":{"c": 1 ,"d":[]}})");
   ASSERT_EQ(root.children.size(), 2u);
   EXPECT_EQ(root.children[1]->as_string(), R"("c": 1 ,"d":[])");
   // Unescaping the cached text again would turn the \n left over into a line feed.
   EXPECT_EQ(root.children[0]->as_string(), R"("\n")");
   EXPECT_EQ(root.children[0]->as_string(), R"("\n")");
-}
-
-TEST(JsonExtract, LookupFollowsRawNamesCaseBlind) {
-  JSONExtract root(R"({"a":{"B":{"c":true},"x\ty":"v"},"a":2})");
+  // Lookup follows raw names, case-blind.
+  JSONExtract tree(R"({"a":{"B":{"c":true},"x\ty":"v"},"a":2})");
   const std::pair<std::string, std::string> rows[] = {
       {"a.b.C", "true"}, {"A.B", R"("c":true)"}, {R"(a.x\ty)", R"("v")"}, {"a.x\ty", ""},
       {"a.c", ""},       {"a.B.c.d", ""},
   };
-  for (const auto& [path, want] : rows) EXPECT_EQ(root.lookup(path), want) << "path: " << path;
+  for (const auto& [path, want] : rows) EXPECT_EQ(tree.lookup(path), want) << "path: " << path;
 }
 
 }  // namespace
