@@ -102,7 +102,7 @@ TEST_F(Wake, ManySendersLoseNothingWithOrWithoutWakeUpsAndNeverStallTheThread) {
   constexpr int kSenders = 8, kEach = 40;
   for (const bool wake : {true, false}) {
     SCOPED_TRACE(wake ? "woken" : "tick alone");
-    Start({.watch_channel = wake});
+    Start({.safety_net_ms = 25, .watch_channel = wake});  // settles in ticks, not seconds
     std::map<std::string, std::vector<std::string>> expected;
     for (int k = 0; k < kSenders; ++k) {
       const std::string id = std::string("w").append(std::to_string(k)), tag = std::to_string(k);
